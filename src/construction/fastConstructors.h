@@ -1,0 +1,16 @@
+// Constructors that describe a whole array in one call: metadata, shared shape objects and, for doubles, a ready
+// buffer.
+#pragma once
+
+// Makes `array` one-dimensional of the given length, zero-filled or with its elements left to the caller; nothing for
+// null. Raises ValueException for lengths below 1. May allocate; roots the array.
+void initNdArray1D(void* array, long long length, int zeroFill);
+
+// Makes `array` an array of the extents in `shapeList` with every element equal to `fillValue` (a number box, or any
+// object when the element type is not a number); nothing for a null array. Raises ValueException for a missing, empty,
+// non-positive or oversized shape. May allocate; roots its arguments.
+void initNdArrayFilled(void* array, void* shapeList, void* fillValue);
+
+// A new one-dimensional array of the full type name over a copy of `count` doubles whose sum the caller vouches for;
+// null after raising, or for null values. `values` stays alive through the caller. May allocate.
+void* makeNdArrayFromDoubles(const char* typeName, const double* values, long long count, double sum);

@@ -1,0 +1,31 @@
+// The native double buffer of an NDArray<Double>. Once it is ready it is the array's value store: the data list is
+// read only to fill a buffer that is not, and is left behind by later writes.
+#pragma once
+
+#include "runtime/hostOperations.h"
+
+// The values of a native buffer; `data` is null when the array has none. Valid until the array's buffer is resized.
+struct NdArrayDoubleBufferView {
+  double* data;
+  unsigned long count;
+};
+
+// The object's ready buffer, created and filled as needed, or a null view when the object keeps no native doubles (or
+// the host makes no storage for it). A buffer that is not ready is filled from the data list when `fillFromList` is
+// set and the list holds numbers, else with zeros when `zeroFill` is set, else left as it is. Readers and writers of
+// existing arrays pass (true, true). May allocate (the object is rooted inside); locks the data list while it reads
+// it, so the caller must not hold that lock. Throws std::bad_alloc, std::system_error, std::logic_error.
+NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill);
+
+// The view of a storage that is ready; a null view when it is null, not ready, or has lost its heap values.
+NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage);
+
+// Collector memory for `count` doubles, not cleared. May allocate. Throws std::bad_alloc, also when the byte count
+// does not fit in 64 bits.
+double* allocateNdArrayDoubleBuffer(unsigned long count);
+
+// Sizes the storage of an object under construction for `count` values and returns where they go: inline up to 32,
+// else heap values, which are reused when they already fit. Flags other than `heapAllocated` are left alone. The
+// finalizer is registered before a heap array is allocated. May allocate: the object is rooted by the caller. Throws
+// std::bad_alloc.
+double* sizeNdArrayDoubleStorage(ObjectInstance* instance, NdArrayDoubleStorage& storage, unsigned long count);

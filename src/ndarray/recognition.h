@@ -1,0 +1,28 @@
+// Which objects and type names are arrays, and which arrays keep their values as native doubles.
+#pragma once
+
+#include <string>
+
+#include "runtime/hostOperations.h"
+
+// Whether a full type name is the array class: "NDArray" or "vesk.math.NDArray" with or without arguments, or any name
+// in the generic-instance form "NDArray__T_...".
+bool isRuntimeNdArrayTypeName(const std::string& name);
+
+// Whether the pointer is a live array object; null and foreign memory are not. Throws std::logic_error when the host
+// has no type name for an object.
+bool isRuntimeNdArrayObject(void* object);
+
+// The same answer for a record, from its type name alone; null is no array. (Exported for the runtime.)
+bool isRuntimeNdArrayInstance(const ObjectInstance* instance);
+
+// Whether the object is an array whose first generic argument is "Double". The names are looked at once per object;
+// the answer then stands in its record, where other threads may read it.
+bool ndArrayUsesNativeDoubleBuffer(void* object);
+
+// The record behind a pointer that may be null or foreign; null for those.
+ObjectInstance* instanceOf(void* object);
+
+// Hands an array's element-type answer on to a new array of the same type name, sparing it the name test. Both are
+// records of live objects or null.
+void copyElementTypeAnswer(ObjectInstance* to, const ObjectInstance* from);
