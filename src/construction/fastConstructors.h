@@ -2,6 +2,8 @@
 // buffer.
 #pragma once
 
+#include "runtime/rootSlot.h"
+
 // Makes `array` one-dimensional of the given length, zero-filled or with its elements left to the caller; nothing for
 // null. Raises ValueException for lengths below 1. May allocate; roots the array.
 void initNdArray1D(void* array, long long length, int zeroFill);
@@ -14,3 +16,9 @@ void initNdArrayFilled(void* array, void* shapeList, void* fillValue);
 // A new one-dimensional array of the full type name over a copy of `count` doubles whose sum the caller vouches for;
 // null after raising, or for null values. `values` stays alive through the caller. May allocate.
 void* makeNdArrayFromDoubles(const char* typeName, const double* values, long long count, double sum);
+
+// What the two constructors of whole arrays of doubles share: in `array`, a new one-dimensional array of the full type
+// name, described but not ready. Returns its storage with room for `count` values at `values`; the caller writes them,
+// `cachedSum`, and sets `ready` and `sumValid`. Raises ValueException for counts below 1 and TypeError when the host
+// cannot make it, and returns null. May allocate. Throws std::logic_error for a null type name, std::bad_alloc.
+NdArrayDoubleStorage* makeNdArrayDoubles1D(RootSlot& array, const char* typeName, long long count, double*& values);

@@ -17,6 +17,10 @@ struct NdArrayDoubleBufferView {
 // it, so the caller must not hold that lock. Throws std::bad_alloc, std::system_error, std::logic_error.
 NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill);
 
+// The same view when it takes no work: the buffer is ready and of the array's present size. Else a null view. The
+// object may be null or foreign. Never allocates, never locks.
+NdArrayDoubleBufferView settledNdArrayDoubleBuffer(void* object);
+
 // The view of a storage that is ready; a null view when it is null, not ready, or has lost its heap values.
 NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage);
 

@@ -17,6 +17,8 @@ std::vector<unsigned long> snapshotNdArrayShape(void* array);
 // ValueException and returns false with both unchanged. The pointer may be foreign. Takes the shape list's lock at
 // most. Never allocates.
 bool snapshotNdArray2DShapeFast(void* array, long long& rows, long long& cols);
+// For callers that hold the array's record (null for a foreign pointer) already.
+bool snapshotNdArray2DShapeFast(void* array, ObjectInstance* instance, long long& rows, long long& cols);
 
 // Whether both arrays have the same rank and extents. Locks both shape lists (a's first) unless they are one list or
 // the metadata settles it. Raises nothing.

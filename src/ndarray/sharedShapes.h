@@ -33,6 +33,10 @@ void* makeRuntimeArrayListWithItems(const std::vector<void*, VeskGcAllocator<voi
 // A fresh list of the shared boxes of the values. Caller does not hold the cache mutex.
 void* makeRuntimeUIntArrayList(const std::vector<unsigned long>& values);
 
+// The data list of an array whose elements are about to be written; an array that still has the shared empty list gets
+// a list of its own first. Null when it has none. May allocate: the array is rooted by the caller.
+void* writableNdArrayDataList(void* array);
+
 // The shared empty list; the shared strides [1]; the shared shape [extent].
 void* sharedEmptyArrayListObject();
 void* sharedStride1ArrayListObject();
