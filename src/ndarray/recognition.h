@@ -25,6 +25,9 @@ bool ndArrayUsesNativeDoubleBuffer(void* object, ObjectInstance* instance);
 // The record behind a pointer that may be null or foreign; null for those.
 ObjectInstance* instanceOf(void* object);
 
+// Records the element-type answer of an array, for callers that know it without looking at the names.
+void setElementTypeAnswer(ObjectInstance& instance, bool isDouble);
+
 // Hands an array's element-type answer on to a new array of the same type name, sparing it the name test. Both are
 // records of live objects or null; nothing happens when there is no answer yet.
 void copyElementTypeAnswer(ObjectInstance* to, ObjectInstance* from);

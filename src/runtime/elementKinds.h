@@ -45,18 +45,30 @@ struct ElementKind {
 template <class Visit, class Otherwise>
 inline auto visitElementKind(unsigned char code, Visit&& visit, Otherwise&& otherwise) {
   switch (code) {
-    case 1: return visit(ElementKind<1, std::int8_t>{});
-    case 2: return visit(ElementKind<2, std::uint8_t>{});
-    case 3: return visit(ElementKind<3, std::int16_t>{});
-    case 4: return visit(ElementKind<4, std::uint16_t>{});
-    case 5: return visit(ElementKind<5, std::int32_t>{});
-    case 6: return visit(ElementKind<6, std::uint32_t>{});
-    case 7: return visit(ElementKind<7, std::int64_t>{});
-    case 8: return visit(ElementKind<8, std::uint64_t>{});
-    case 9: return visit(ElementKind<9, float>{});
-    case 10: return visit(ElementKind<10, double>{});
-    case kBooleanKind: return visit(ElementKind<kBooleanKind, std::uint8_t>{});
-    default: return otherwise();
+    case 1:
+      return visit(ElementKind<1, std::int8_t>{});
+    case 2:
+      return visit(ElementKind<2, std::uint8_t>{});
+    case 3:
+      return visit(ElementKind<3, std::int16_t>{});
+    case 4:
+      return visit(ElementKind<4, std::uint16_t>{});
+    case 5:
+      return visit(ElementKind<5, std::int32_t>{});
+    case 6:
+      return visit(ElementKind<6, std::uint32_t>{});
+    case 7:
+      return visit(ElementKind<7, std::int64_t>{});
+    case 8:
+      return visit(ElementKind<8, std::uint64_t>{});
+    case 9:
+      return visit(ElementKind<9, float>{});
+    case 10:
+      return visit(ElementKind<10, double>{});
+    case kBooleanKind:
+      return visit(ElementKind<kBooleanKind, std::uint8_t>{});
+    default:
+      return otherwise();
   }
 }
 
@@ -65,9 +77,11 @@ inline constexpr const char* kElementKindNames[] = {"",     "SByte", "Byte",  "S
                                                     "UInt", "Long",  "ULong", "Float", "Double", "Boolean"};
 
 inline bool isFloatingElementKind(unsigned char code) {
-  return visitElementKind(code, [](auto kind) { return kind.kIsFloating; }, [] { return false; });
+  return visitElementKind(
+      code, [](auto kind) { return kind.kIsFloating; }, [] { return false; });
 }
 // Integer kinds and Boolean.
 inline bool isIntegralElementKind(unsigned char code) {
-  return visitElementKind(code, [](auto kind) { return !kind.kIsFloating; }, [] { return false; });
+  return visitElementKind(
+      code, [](auto kind) { return !kind.kIsFloating; }, [] { return false; });
 }

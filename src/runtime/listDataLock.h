@@ -2,6 +2,7 @@
 // representation meanwhile, but its owner keeps it alive (rooted) until the lock is released.
 #pragma once
 
+#include <cerrno>
 #include <exception>
 #include <system_error>
 
@@ -14,24 +15,33 @@ inline pthread_mutex_t* listMutex(const ListData& list) {
   return list.mutex;
 }
 
-inline void lockListMutex(pthread_mutex_t* mutex) {
+inline void lockMutex(pthread_mutex_t* mutex) {
   if (const int error = pthread_mutex_lock(mutex); error != 0) throw std::system_error(error, std::generic_category());
 }
+
+// Holds a mutex, when there is one, to the end of the scope. Throws std::system_error when it cannot be taken.
+class MutexLock {
+ public:
+  explicit MutexLock(pthread_mutex_t* mutex) : mutex_(mutex) {
+    if (mutex_ != nullptr) lockMutex(mutex_);
+  }
+  ~MutexLock() {
+    if (mutex_ != nullptr) pthread_mutex_unlock(mutex_);
+  }
+  MutexLock(const MutexLock&) = delete;
+  MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+  pthread_mutex_t* mutex_;
+};
 
 // Holds one list's lock to the end of the scope. Throws std::system_error when the mutex cannot be taken.
 class ListDataLock {
  public:
-  explicit ListDataLock(ListData& list) : mutex_(listMutex(list)) {
-    if (mutex_ != nullptr) lockListMutex(mutex_);
-  }
-  ~ListDataLock() {
-    if (mutex_ != nullptr) pthread_mutex_unlock(mutex_);
-  }
-  ListDataLock(const ListDataLock&) = delete;
-  ListDataLock& operator=(const ListDataLock&) = delete;
+  explicit ListDataLock(ListData& list) : lock_(listMutex(list)) {}
 
  private:
-  pthread_mutex_t* mutex_;
+  MutexLock lock_;
 };
 
 // Holds the locks of two operand lists, a shared one once; `second` may be null. The order is first, then second; but
@@ -43,16 +53,16 @@ class TwoListDataLock {
   TwoListDataLock(ListData& first, ListData* second)
       : first_(listMutex(first)), second_(second == nullptr ? nullptr : listMutex(*second)) {
     if (second_ == first_) second_ = nullptr;
-    if (first_ != nullptr) lockListMutex(first_);
+    if (first_ != nullptr) lockMutex(first_);
     while (second_ != nullptr) {
       const int error = pthread_mutex_trylock(second_);
       if (error == 0) return;
       if (first_ != nullptr) pthread_mutex_unlock(first_);
       if (error != EBUSY) throw std::system_error(error, std::generic_category());
-      lockListMutex(second_);
+      lockMutex(second_);
       if (first_ == nullptr) return;
       pthread_mutex_unlock(second_);
-      lockListMutex(first_);
+      lockMutex(first_);
     }
   }
   ~TwoListDataLock() {

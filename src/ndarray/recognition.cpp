@@ -1,0 +1,80 @@
+#include "ndarray/recognition.h"
+
+#include <atomic>
+#include <stdexcept>
+
+namespace {
+
+bool namesArrayClass(const std::string& name) {
+  const std::string canonical = normalizeTypeAliasForLookup(baseTypeWithoutGenerics(name));
+  return canonical == "NDArray" || canonical == "vesk.math.NDArray";
+}
+
+bool isArrayUnderItsOrDisplayName(const std::string& name) {
+  if (isRuntimeNdArrayTypeName(name)) return true;
+  const std::string display = displayFullTypeName(name);
+  return namesArrayClass(display.empty() ? name : display);
+}
+
+bool firstArgumentIsDouble(const std::string& name) {
+  const std::string trimmed = trimRuntimeTypeName(name);
+  return !trimmed.empty() && firstGenericArgShortType(trimmed) == "Double";
+}
+
+// Several threads may find and write the same answer; the flag that says there is one is written last.
+bool hasElementTypeAnswer(ObjectInstance& instance) {
+  return std::atomic_ref(instance.doubleTypeChecked).load(std::memory_order_acquire) != 0;
+}
+
+bool elementTypeAnswer(ObjectInstance& instance) {
+  return std::atomic_ref(instance.isDoubleElementArray).load(std::memory_order_relaxed) != 0;
+}
+
+}  // namespace
+
+bool isRuntimeNdArrayTypeName(const std::string& name) {
+  return name.find("NDArray__T_") != std::string::npos || namesArrayClass(name);
+}
+
+bool isRuntimeNdArrayObject(void* object) {
+  if (object == nullptr || !hasObjectMagic(object)) return false;
+  ObjectInstance* instance = getObject(object);
+  if (instance != nullptr && hasElementTypeAnswer(*instance)) return true;  // only arrays ever get one
+  return isArrayUnderItsOrDisplayName(runtimeTypeNameOf(object));
+}
+
+bool isRuntimeNdArrayInstance(const ObjectInstance* instance) {
+  return instance != nullptr && isRuntimeNdArrayTypeName(instance->typeName.get());
+}
+
+bool ndArrayUsesNativeDoubleBuffer(void* object) { return ndArrayUsesNativeDoubleBuffer(object, instanceOf(object)); }
+
+bool ndArrayUsesNativeDoubleBuffer(void* object, ObjectInstance* instance) {
+  if (instance == nullptr) return false;
+  if (hasElementTypeAnswer(*instance)) return elementTypeAnswer(*instance);
+  const std::string name = runtimeTypeNameOf(object);
+  if (!isArrayUnderItsOrDisplayName(name)) return false;
+  const bool isDouble = firstArgumentIsDouble(name);
+  setElementTypeAnswer(*instance, isDouble);
+  return isDouble;
+}
+
+ObjectInstance* instanceOf(void* object) {
+  return object != nullptr && hasObjectMagic(object) ? getObject(object) : nullptr;
+}
+
+void setElementTypeAnswer(ObjectInstance& instance, bool isDouble) {
+  std::atomic_ref(instance.isDoubleElementArray).store(isDouble ? 1 : 0, std::memory_order_relaxed);
+  std::atomic_ref(instance.doubleTypeChecked).store(1, std::memory_order_release);
+}
+
+void copyElementTypeAnswer(ObjectInstance* to, ObjectInstance* from) {
+  if (to == nullptr || from == nullptr || !hasElementTypeAnswer(*from)) return;
+  setElementTypeAnswer(*to, elementTypeAnswer(*from));
+}
+
+std::string runtimeTypeNameOf(void* object) {
+  const char* name = Vesk_objectTypeName(object);
+  if (name == nullptr) throw std::logic_error("object without a type name");
+  return name;
+}
