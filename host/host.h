@@ -41,7 +41,10 @@ class VESK_HOST_API Handle {
   void* get() const { return object_; }
 
  private:
+  friend class HandleList;
   void* object_;
+  Handle* next_ = nullptr;  // all handles form one list
+  Handle** link_ = nullptr;
 };
 
 // ---- Failure injection and limits.
@@ -57,9 +60,9 @@ VESK_HOST_API void setHeapLimit(unsigned long bytes);
 // ---- Counts.
 
 struct HeapCounts {
-  unsigned long liveObjects;   // objects not yet found dead
-  unsigned long liveBytes;     // of objects and raw blocks
-  unsigned long collections;   // since the start of the process
+  unsigned long liveObjects;  // objects not yet found dead
+  unsigned long liveBytes;    // of objects and raw blocks
+  unsigned long collections;  // since the start of the process
   unsigned long finalizersRun;
 };
 VESK_HOST_API HeapCounts heapCounts();
@@ -98,6 +101,7 @@ class VESK_HOST_API NativeCallCheck {
 
  private:
   unsigned long slots_;
+  unsigned long locks_;
 };
 
 // ---- Objects and lists.
@@ -116,6 +120,7 @@ VESK_HOST_API bool listLockHeld(void* list);
 VESK_HOST_API void setListTypeName(void* list, const char* fullName);
 // "vesk.math.NDArray<alias>" and the like: `alias` stands for `canonical` in normalizeTypeAliasForLookup.
 VESK_HOST_API void addTypeAlias(std::string_view alias, std::string_view canonical);
+// Starts this thread's fast random stream anew.
 VESK_HOST_API void seedFastRandom(std::uint64_t seed);
 
 // ---- Modules.

@@ -1,0 +1,105 @@
+#include "host/allocation.h"
+
+#include <algorithm>
+
+#include "host/collector.h"
+
+namespace host {
+
+std::atomic<bool> gStressMode{false};
+
+namespace {
+
+constexpr unsigned long kCreditBytes = 64UL << 10;
+constexpr unsigned long kSmallestInterval = 32UL << 20;  // allocated between two collections
+
+unsigned long gHeapLimit = 64UL << 30;  // these two under the heap lock
+unsigned long gCollectAt = kSmallestInterval;
+
+// Counts down to the failures that a test asked for.
+bool isToldToFail(ThreadState& thread) {
+  if (thread.allocationsUntilFailure == 0 || --thread.allocationsUntilFailure != 0) return false;
+  thread.failed = true;
+  if (thread.failing == Failing::ForEver) thread.allocationsUntilFailure = 1;
+  return true;
+}
+
+void returnCredit(ThreadState& thread) {
+  const HeapLock lock;
+  gChargedBytes -= thread.credit;
+  thread.credit = 0;
+}
+
+bool isDue(unsigned long charge) {
+  const HeapLock lock;
+  return charge > gHeapLimit || gChargedBytes > gHeapLimit - charge || gChargedBytes > gCollectAt;
+}
+
+void collectWhenDue(unsigned long charge) {
+  if (!isDue(charge) || !collectIfAlone()) return;
+  const HeapLock lock;
+  gCollectAt = gChargedBytes + std::max(kSmallestInterval, gChargedBytes);
+}
+
+// A thread that is watched asks for every block; others get some credit with it.
+bool chargeWithinLimit(ThreadState& thread, unsigned long charge) {
+  const HeapLock lock;
+  if (charge > gHeapLimit || gChargedBytes > gHeapLimit - charge) return false;
+  gChargedBytes += charge;
+  const bool watched = thread.allocationsUntilFailure != 0 || stressMode();
+  thread.credit = watched ? 0 : std::min(kCreditBytes, gHeapLimit - gChargedBytes);
+  gChargedBytes += thread.credit;
+  return true;
+}
+
+}  // namespace
+
+void collectUnderStress() { collectIfAlone(); }
+
+bool beginAllocationSlowly(ThreadState& thread, unsigned long charge) {
+  returnCredit(thread);
+  mayCollect();
+  if (isToldToFail(thread)) return false;
+  collectWhenDue(charge);
+  return chargeWithinLimit(thread, charge);
+}
+
+void setStressMode(bool on) {
+  gStressMode.store(on, std::memory_order_relaxed);
+  returnCredit(gThread);
+}
+bool stressMode() { return gStressMode.load(std::memory_order_relaxed); }
+
+void failAllocation(unsigned long nth, Failing failing) {
+  ThreadState& thread = gThread;
+  returnCredit(thread);
+  thread.allocationsUntilFailure = nth;
+  thread.failing = failing;
+  thread.failed = false;
+}
+
+bool endFailing() {
+  ThreadState& thread = gThread;
+  thread.allocationsUntilFailure = 0;
+  return thread.failed;
+}
+
+void setHeapLimit(unsigned long bytes) {
+  returnCredit(gThread);
+  const HeapLock lock;
+  gHeapLimit = bytes;
+}
+
+}  // namespace host
+
+void* Vesk_gcAlloc(unsigned long bytes) {
+  host::ThreadState& thread = host::enterOperation("Vesk_gcAlloc");
+  if (!host::beginAllocation(thread, host::chargeOf(bytes))) return nullptr;
+  return host::allocateCell(thread, bytes, host::CellState::Scanned);
+}
+
+void* Vesk_gcAllocAtomic(unsigned long bytes) {
+  host::ThreadState& thread = host::enterOperation("Vesk_gcAllocAtomic");
+  if (!host::beginAllocation(thread, host::chargeOf(bytes))) return nullptr;
+  return host::allocateCell(thread, bytes, host::CellState::Atomic);
+}

@@ -1,0 +1,44 @@
+// The pending exception of a thread, and the check that a native call left the thread as it found it.
+#include "host/lists.h"
+#include "host/threadState.h"
+
+void Vesk_raise(const char* exceptionTypeName, const char* message) {
+  host::ThreadState& thread = host::enterOperation("Vesk_raise");
+  if (thread.pending != nullptr) return;  // the first one stands; the entry has noted the second
+  thread.pending = new host::Exception{exceptionTypeName, message};
+  thread.mode = host::ThreadMode::Raised;
+}
+
+namespace host {
+
+bool exceptionPending() { return gThread.pending != nullptr; }
+
+std::optional<Exception> takeException() {
+  ThreadState& thread = gThread;
+  if (thread.pending == nullptr) return std::nullopt;
+  std::optional<Exception> taken = std::move(*thread.pending);
+  delete thread.pending;
+  thread.pending = nullptr;
+  if (thread.mode == ThreadMode::Raised) thread.mode = ThreadMode::Attached;
+  return taken;
+}
+
+NativeCallCheck::NativeCallCheck() : slots_(gThread.slotCount), locks_(listLocksHeldByThisThread()) {
+  gThread.misuse = nullptr;
+}
+
+std::optional<std::string> NativeCallCheck::problem() const {
+  ThreadState& thread = gThread;
+  if (thread.misuse != nullptr) {
+    std::string problem = std::string(thread.misuse) + " (" + thread.misusedIn + ")";
+    thread.misuse = nullptr;
+    return problem;
+  }
+  if (thread.slotCount != slots_) {
+    return std::to_string(slots_) + " root slots before the call, " + std::to_string(thread.slotCount) + " after it";
+  }
+  if (listLocksHeldByThisThread() != locks_) return "a list lock is still held";
+  return std::nullopt;
+}
+
+}  // namespace host

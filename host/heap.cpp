@@ -1,0 +1,337 @@
+#include "host/heap.h"
+
+#include <pthread.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "host/collector.h"
+#include "host/objects.h"
+#include "host/poison.h"
+#include "host/stopProcess.h"
+#include "host/systemMemory.h"
+
+namespace host {
+
+std::atomic<PageTableLeaf*> gPageTable[32768];
+unsigned long gChargedBytes = 0;
+std::uintptr_t gLowestHeapAddress = std::numeric_limits<std::uintptr_t>::max();
+std::uintptr_t gHighestHeapAddress = 0;
+
+namespace {
+
+constexpr unsigned long kQuarantineBytes = 64UL << 20;
+constexpr unsigned long kSmallPagesAtOnce = 16;
+constexpr unsigned long kIdleLargeBytes = 256UL << 20;
+
+struct Cell {
+  Page* page;
+  unsigned index;
+};
+
+pthread_mutex_t gHeapMutex = PTHREAD_MUTEX_INITIALIZER;
+
+// Tables of the heap. Held in a block that is never destroyed: exit handlers may still allocate.
+struct Tables {
+  SystemVector<Page*> pages;                       // all
+  SystemVector<Page*> freePages;                   // small, without a cell in use or held back
+  SystemVector<Page*> available[kSizeClassCount];  // small, with a free cell, owned by no thread
+  SystemVector<Page*> freeLarge;
+  SystemVector<Cell> quarantine;  // oldest first, from quarantineHead on
+  unsigned long quarantineHead = 0;
+  unsigned long quarantinedBytes = 0;
+};
+Tables& tables() {
+  static Tables& made = *new (mapTableOrStop(sizeof(Tables))) Tables;
+  return made;
+}
+
+void enterInPageTable(Page& page) {
+  const auto first = reinterpret_cast<std::uintptr_t>(page.base);
+  for (std::uintptr_t address = first; address < first + page.spanBytes; address += kPageBytes) {
+    std::atomic<PageTableLeaf*>& leaf = gPageTable[address >> 32];
+    if (leaf.load(std::memory_order_relaxed) == nullptr) {
+      leaf.store(static_cast<PageTableLeaf*>(mapTableOrStop(sizeof(PageTableLeaf))), std::memory_order_release);
+    }
+    leaf.load(std::memory_order_relaxed)->pages[address >> 16 & 0xffff].store(&page, std::memory_order_release);
+  }
+  gLowestHeapAddress = std::min(gLowestHeapAddress, first);
+  gHighestHeapAddress = std::max(gHighestHeapAddress, first + page.spanBytes);
+}
+
+Page& newPage(char* base, unsigned long spanBytes, bool large) {
+  static char* records = nullptr;  // page records are never given back; large blocks and pages are recycled with them
+  static unsigned long left = 0;
+  if (left == 0) {
+    left = 128;
+    records = static_cast<char*>(mapTableOrStop(left * sizeof(Page)));
+  }
+  --left;
+  Page& page = *new (records) Page{};
+  records += sizeof(Page);
+  page.base = base;
+  page.spanBytes = spanBytes;
+  page.large = large;
+  tables().pages.push_back(&page);
+  enterInPageTable(page);
+  return page;
+}
+
+bool mapSmallPages() {
+  auto* memory = static_cast<char*>(mapAlignedSystemMemory(kSmallPagesAtOnce * kPageBytes, kPageBytes));
+  if (memory == nullptr) return false;
+  overwriteFreed(memory, kSmallPagesAtOnce * kPageBytes);
+  poison(memory, kSmallPagesAtOnce * kPageBytes);
+  for (unsigned long i = kSmallPagesAtOnce; i-- > 0;) {
+    tables().freePages.push_back(&newPage(memory + i * kPageBytes, kPageBytes, false));
+  }
+  return true;
+}
+
+Page* takeLast(SystemVector<Page*>& pages) {
+  Page* page = pages.back();
+  pages.pop_back();
+  return page;
+}
+
+// A page with at least one free cell of this size, or null.
+Page* takePage(unsigned sizeClass) {
+  Tables& heap = tables();
+  if (!heap.available[sizeClass].empty()) return takeLast(heap.available[sizeClass]);
+  if (heap.freePages.empty() && !mapSmallPages()) return nullptr;
+  Page* page = takeLast(heap.freePages);
+  page->cellBytes = cellBytesOf(sizeClass);
+  page->cellCount = static_cast<unsigned>(kPageBytes / page->cellBytes);
+  page->inverse = static_cast<unsigned>(((1UL << 32) + page->cellBytes - 1) / page->cellBytes);
+  for (unsigned i = 0; i < page->cellCount; ++i) page->setState(i, CellState::Free);
+  return page;
+}
+
+// The smallest free span that fits without wasting more than a quarter, or a new one, or null.
+Page* takeLarge(unsigned long bytes) {
+  SystemVector<Page*>& spans = tables().freeLarge;
+  auto best = spans.end();
+  for (auto span = spans.begin(); span != spans.end(); ++span) {
+    const unsigned long size = (*span)->spanBytes;
+    if (size < bytes || size - bytes > bytes / 4) continue;
+    if (best == spans.end() || size < (*best)->spanBytes) best = span;
+  }
+  if (best != spans.end()) {
+    Page* page = *best;
+    spans.erase(best);
+    return page;
+  }
+  auto* memory = static_cast<char*>(mapAlignedSystemMemory(bytes, kPageBytes));
+  return memory == nullptr ? nullptr : &newPage(memory, bytes, true);
+}
+
+void* handOut(Page& page, unsigned index, unsigned long bytes, CellState state) {
+  ++page.live;
+  page.setState(index, state);
+  char* block = page.cell(index);
+  unpoison(block, bytes);
+  if (kSanitized || stressMode()) overwriteUninitialized(block, bytes);
+  return block;
+}
+
+void* allocateLarge(unsigned long bytes, CellState state) {
+  const unsigned long charge = chargeOf(bytes);
+  const HeapLock lock;
+  Page* page = takeLarge(charge);
+  if (page == nullptr) {
+    gChargedBytes -= charge;
+    return nullptr;
+  }
+  page->cellBytes = charge;
+  page->cellCount = 1;
+  poison(page->base, page->spanBytes);
+  return handOut(*page, 0, bytes, state);
+}
+
+// Moves the cursor to a free cell; false when no page is to be had.
+bool advance(PageCursor& cursor, unsigned sizeClass) {
+  while (cursor.page != nullptr && cursor.next < cursor.page->cellCount) {
+    if (cursor.page->state(cursor.next) == CellState::Free) return true;
+    ++cursor.next;
+  }
+  const HeapLock lock;
+  cursor = {takePage(sizeClass), 0};
+  if (cursor.page == nullptr) return false;
+  while (cursor.page->state(cursor.next) != CellState::Free) ++cursor.next;
+  return true;
+}
+
+void freeForReuse(Page& page, unsigned index) {
+  page.setState(index, CellState::Free);
+  if (page.large) tables().freeLarge.push_back(&page);
+}
+
+// Whether freed memory is still as it was left. `bytes` is a multiple of 8.
+VESK_HOST_UNCHECKED bool isOverwritten(const void* memory, unsigned long bytes) {
+  const auto* words = static_cast<const volatile std::uint64_t*>(memory);
+  for (unsigned long i = 0; i < bytes / 8; ++i) {
+    if (words[i] != 0xDBDBDBDBDBDBDBDB) return false;
+  }
+  return true;
+}
+
+void verifyFreed(const Cell& cell) {
+  if (!isOverwritten(cell.page->cell(cell.index), cell.page->cellBytes)) {
+    stopProcess("memory at %p was written after it was freed", static_cast<void*>(cell.page->cell(cell.index)));
+  }
+}
+
+void releaseFromQuarantine() {
+  Tables& heap = tables();
+  while (heap.quarantinedBytes > kQuarantineBytes) {
+    const Cell cell = heap.quarantine[heap.quarantineHead++];
+    verifyFreed(cell);
+    --cell.page->quarantined;
+    heap.quarantinedBytes -= cell.page->cellBytes;
+    freeForReuse(*cell.page, cell.index);
+  }
+  if (heap.quarantineHead * 2 < heap.quarantine.size()) return;
+  heap.quarantine.erase(heap.quarantine.begin(), heap.quarantine.begin() + static_cast<long>(heap.quarantineHead));
+  heap.quarantineHead = 0;
+}
+
+void freeCell(Page& page, unsigned index) {
+  char* block = page.cell(index);
+  if (page.state(index) == CellState::Object) releaseObject(block);
+  const bool holdBack = kSanitized || stressMode();
+  unpoison(block, page.cellBytes);
+  // Out of stress mode a large block is marked once per system page: enough to show, and cheap.
+  if (page.large && !holdBack) {
+    overwriteFreedSparsely(block, page.cellBytes);
+  } else {
+    overwriteFreed(block, page.cellBytes);
+  }
+  poison(block, page.cellBytes);
+  --page.live;
+  gChargedBytes -= page.cellBytes;
+  if (!holdBack) return freeForReuse(page, index);
+  page.setState(index, CellState::Quarantined);
+  ++page.quarantined;
+  tables().quarantine.push_back({&page, index});
+  tables().quarantinedBytes += page.cellBytes;
+}
+
+void sweepPage(Page& page) {
+  for (unsigned i = 0; i < page.cellCount; ++i) {
+    const unsigned char state = page.states[i].load(std::memory_order_relaxed);
+    if (state < static_cast<unsigned char>(CellState::Scanned)) continue;
+    if ((state & kMarked) != 0) {
+      page.states[i].store(state & ~kMarked, std::memory_order_relaxed);
+    } else {
+      freeCell(page, i);
+    }
+  }
+}
+
+// Sorts the small pages anew into those for one size and those for any.
+void listFreePages() {
+  Tables& heap = tables();
+  heap.freePages.clear();
+  for (auto& pages : heap.available) pages.clear();
+  for (Page* page : heap.pages) {
+    const unsigned used = page->live + page->quarantined;
+    if (page->large) continue;
+    if (used == 0) {
+      heap.freePages.push_back(page);
+    } else if (used < page->cellCount) {
+      heap.available[sizeClassOf(page->cellBytes)].push_back(page);
+    }
+  }
+}
+
+// Free large blocks beyond a bound lose their memory, not their addresses.
+void trimFreeLarge() {
+  unsigned long idle = 0;
+  for (Page* page : tables().freeLarge) {
+    idle += page->spanBytes;
+    if (idle > kIdleLargeBytes) madvise(page->base, page->spanBytes, MADV_DONTNEED);
+  }
+}
+
+}  // namespace
+
+HeapLock::HeapLock() { pthread_mutex_lock(&gHeapMutex); }
+HeapLock::~HeapLock() { pthread_mutex_unlock(&gHeapMutex); }
+
+unsigned long chargeOf(unsigned long bytes) {
+  if (bytes >= 1UL << 46) return std::numeric_limits<unsigned long>::max();
+  bytes += kRedzoneBytes;
+  if (bytes <= kLargestCell) return cellBytesOf(sizeClassOf(bytes));
+  return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
+}
+
+void* allocateCell(ThreadState& thread, unsigned long bytes, CellState state) {
+  if (bytes + kRedzoneBytes > kLargestCell) return allocateLarge(bytes, state);
+  const unsigned sizeClass = sizeClassOf(bytes + kRedzoneBytes);
+  PageCursor& cursor = thread.cursors[sizeClass];
+  if (!advance(cursor, sizeClass)) {
+    thread.credit += cellBytesOf(sizeClass);
+    return nullptr;
+  }
+  return handOut(*cursor.page, cursor.next++, bytes, state);
+}
+
+void giveBackPagesLocked(ThreadState& thread) {
+  gChargedBytes -= thread.credit;
+  thread.credit = 0;
+  for (unsigned sizeClass = 0; sizeClass < kSizeClassCount; ++sizeClass) {
+    PageCursor& cursor = thread.cursors[sizeClass];
+    if (cursor.page != nullptr && cursor.page->live + cursor.page->quarantined < cursor.page->cellCount) {
+      tables().available[sizeClass].push_back(cursor.page);
+    }
+    cursor = {};
+  }
+}
+
+void giveBackPages(ThreadState& thread) {
+  const HeapLock lock;
+  giveBackPagesLocked(thread);
+}
+
+void sweepHeap() {
+  for (Page* page : tables().pages) {
+    if (page->live != 0) sweepPage(*page);
+  }
+  releaseFromQuarantine();
+  listFreePages();
+  trimFreeLarge();
+}
+
+HeapCounts heapCounts() {
+  const HeapLock lock;
+  HeapCounts counts = {};
+  for (const Page* page : tables().pages) {
+    for (unsigned i = 0; i < page->cellCount; ++i) {
+      if (page->state(i) < CellState::Scanned) continue;
+      counts.liveBytes += page->cellBytes;
+      if (page->state(i) == CellState::Object) ++counts.liveObjects;
+    }
+  }
+  counts.collections = gCollections;
+  counts.finalizersRun = gFinalizersRun;
+  return counts;
+}
+
+std::optional<std::string> checkHeap() {
+  const HeapLock lock;
+  for (const Page* page : tables().pages) {
+    if (page->large && page->state(0) == CellState::Free) continue;  // overwritten sparsely
+    for (unsigned i = 0; i < page->cellCount; ++i) {
+      const CellState state = page->state(i);
+      if (state < CellState::Scanned && !isOverwritten(page->cell(i), page->cellBytes)) {
+        return "memory was written after it was freed";
+      }
+      if (state == CellState::Object && !isRecordSound(page->cell(i))) return "an object's record is damaged";
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace host

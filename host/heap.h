@@ -1,0 +1,41 @@
+// The collector's heap: cells of memory, charged against a limit, overwritten and held back when they are found dead.
+// Nothing here collects; collector.h decides when, allocation.h charges.
+#pragma once
+
+#include "host/pages.h"
+#include "host/threadState.h"
+
+namespace host {
+
+// Held while pages change hands and for the length of a collection.
+class HeapLock {
+ public:
+  HeapLock();
+  ~HeapLock();
+  HeapLock(const HeapLock&) = delete;
+  HeapLock& operator=(const HeapLock&) = delete;
+};
+
+// What a request of this many bytes is charged; the largest value when it is beyond any memory.
+unsigned long chargeOf(unsigned long bytes);
+
+// Bytes charged to blocks and to threads' credits. Caller holds the heap lock.
+extern unsigned long gChargedBytes;
+
+// A block for a request that is already charged: not cleared, 16-byte aligned. Null, with the charge given back, when
+// the system has no memory. Never collects.
+void* allocateCell(ThreadState& thread, unsigned long bytes, CellState state);
+
+// The thread's pages and credit go back to the heap.
+void giveBackPages(ThreadState& thread);
+// Caller holds the heap lock.
+void giveBackPagesLocked(ThreadState& thread);
+
+// Frees every unmarked cell and clears the marks. Caller holds the heap lock and has given back the thread's pages.
+void sweepHeap();
+
+// Addresses outside [lowest, highest) are in no page.
+extern std::uintptr_t gLowestHeapAddress;
+extern std::uintptr_t gHighestHeapAddress;
+
+}  // namespace host

@@ -1,0 +1,126 @@
+#include "host/objects.h"
+
+#include <new>
+
+#include "host/allocation.h"
+#include "host/arrays.h"
+#include "host/boxes.h"
+#include "host/lists.h"
+
+namespace host {
+
+namespace {
+
+unsigned long recordBytes(ClassKind kind) {
+  switch (kind) {
+    case ClassKind::Box:
+      return sizeof(BoxRecord);
+    case ClassKind::List:
+      return sizeof(ListRecord);
+    case ClassKind::Array:
+      return sizeof(ArrayRecord);
+    case ClassKind::String:
+      return sizeof(StringRecord);
+    default:
+      return sizeof(FieldsRecord);
+  }
+}
+
+void initializeRecord(ObjectInstance& object, ClassKind kind) {
+  switch (kind) {
+    case ClassKind::Box:
+      recordAs<BoxRecord>(object).integer = 0;
+      break;  // all bits zero is 0.0 too
+    case ClassKind::List:
+      initializeList(recordAs<ListRecord>(object));
+      break;
+    case ClassKind::String:
+      recordAs<StringRecord>(object).length = 0;
+      break;
+    default:
+      recordAs<FieldsRecord>(object).fields = {};
+      break;
+  }
+}
+
+}  // namespace
+
+ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind kind, unsigned long bytes) {
+  void* memory = allocateCell(thread, bytes, CellState::Object);
+  if (memory == nullptr) return nullptr;
+  auto* object = new (memory) ObjectInstance{};
+  object->header = headerOf(kind, kind == ClassKind::Box ? type.elementKind : 0);
+  object->typeName = RuntimeTypeName(&type.name);
+  if (kind == ClassKind::Array) object->finalizer = reinterpret_cast<void*>(&releaseArray);
+  initializeRecord(*object, kind);
+  return object;
+}
+
+ObjectInstance& makeObject(ThreadState& thread, const TypeInfo& type) {
+  const unsigned long bytes = recordBytes(type.kind);
+  ObjectInstance* object = nullptr;
+  if (beginAllocation(thread, chargeOf(bytes))) object = makeRecord(thread, type, type.kind, bytes);
+  if (object == nullptr) throw std::bad_alloc();
+  return *object;
+}
+
+ObjectInstance* makeArray(ThreadState& thread, const TypeInfo& type) {
+  if (!beginAllocation(thread, chargeOf(sizeof(ArrayRecord)))) return nullptr;
+  return makeRecord(thread, type, ClassKind::Array, sizeof(ArrayRecord));
+}
+
+void releaseObject(char* record) {
+  auto& object = *reinterpret_cast<ObjectInstance*>(record);
+  if (classOf(object) == ClassKind::List) releaseList(recordAs<ListRecord>(object));
+  if (object.finalizerRegistered != 0 && object.finalizer != nullptr) {
+    reinterpret_cast<void (*)(ObjectInstance&)>(object.finalizer)(object);
+  }
+}
+
+bool isRecordSound(const char* record) {
+  const auto& object = *reinterpret_cast<const ObjectInstance*>(record);
+  return object.header >> 32 == kObjectMagic && classOf(object) <= ClassKind::String &&
+         object.finalizerRegistered <= 1 && object.doubleTypeChecked <= 1 && object.isDoubleElementArray <= 1;
+}
+
+void* newString(std::string_view text) {
+  ThreadState& thread = gThread;
+  const unsigned long bytes = sizeof(StringRecord) + text.size();
+  ObjectInstance* object = nullptr;
+  if (beginAllocation(thread, chargeOf(bytes))) {
+    object = makeRecord(thread, internType("vesk.String"), ClassKind::String, bytes);
+  }
+  if (object == nullptr) throw std::bad_alloc();
+  auto& string = recordAs<StringRecord>(*object);
+  string.length = text.size();
+  text.copy(string.text, text.size());
+  return object;
+}
+
+}  // namespace host
+
+void* Vesk_allocObject(const char* typeName) {
+  return &host::makeObject(host::enterOperation("Vesk_allocObject"), host::internType(typeName));
+}
+
+const char* Vesk_objectTypeName(void* object) {
+  ++host::enterOperation("Vesk_objectTypeName").tally.typeNames;
+  const RuntimeTypeName& name = host::liveObject(object, "Vesk_objectTypeName").typeName;
+  return name.holdsName() ? name.get().c_str() : nullptr;
+}
+
+bool hasObjectMagic(void* pointer) {
+  host::enterOperation("hasObjectMagic");
+  return host::isObjectStart(pointer) && static_cast<ObjectInstance*>(pointer)->header >> 32 == host::kObjectMagic;
+}
+
+ObjectInstance* getObject(void* object) {
+  host::enterOperation("getObject");
+  return static_cast<ObjectInstance*>(object);
+}
+
+void ensureObjectFinalizerRegistered(ObjectInstance* instance) {
+  host::enterOperation("ensureObjectFinalizerRegistered");
+  host::mayCollect();
+  host::liveObject(instance, "ensureObjectFinalizerRegistered").finalizerRegistered = 1;
+}

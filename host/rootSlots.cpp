@@ -1,0 +1,51 @@
+// Root slots: a stack per thread, so that releasing the newest is one step and any other order is noticed.
+#include <algorithm>
+
+#include "host/stopProcess.h"
+#include "host/threadState.h"
+
+namespace {
+
+using host::ThreadState;
+
+void growSlots(ThreadState& thread) {
+  const unsigned long capacity = std::max(64UL, thread.slotCapacity * 2);
+  auto*** slots = new void**[capacity];
+  std::copy_n(thread.slots, thread.slotCount, slots);
+  delete[] thread.slots;
+  thread.slots = slots;
+  thread.slotCapacity = capacity;
+}
+
+void releaseOutOfOrder(ThreadState& thread, void** slot) {
+  void*** end = thread.slots + thread.slotCount;
+  void*** found = std::find(thread.slots, end, slot);
+  if (found == end) host::stopProcess("Vesk_gcUnregisterRootSlot of a slot that is not registered");
+  std::copy(found + 1, end, found);
+  --thread.slotCount;
+  host::noteMisuse(thread, "a root slot released out of order", "Vesk_gcUnregisterRootSlot");
+}
+
+}  // namespace
+
+void Vesk_gcRegisterRootSlot(void** slot) {
+  ThreadState& thread = host::enterOperation("Vesk_gcRegisterRootSlot");
+  ++thread.tally.rootSlots;
+  if (thread.slotCount == thread.slotCapacity) growSlots(thread);
+  thread.slots[thread.slotCount++] = slot;
+}
+
+// The one operation that a module still calls after a raise.
+void Vesk_gcUnregisterRootSlot(void** slot) {
+  ThreadState& thread = host::gThread;
+  if (thread.mode == host::ThreadMode::Detached) host::noteUnusualEntry(thread, "Vesk_gcUnregisterRootSlot");
+  ++thread.tally.operations;
+  if (thread.slotCount == 0 || thread.slots[thread.slotCount - 1] != slot) return releaseOutOfOrder(thread, slot);
+  --thread.slotCount;
+}
+
+namespace host {
+
+unsigned long rootSlotCount() { return gThread.slotCount; }
+
+}  // namespace host

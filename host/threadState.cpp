@@ -1,0 +1,78 @@
+#include "host/threadState.h"
+
+#include <pthread.h>
+
+#include <atomic>
+
+#include "host/heap.h"
+#include "host/random.h"
+#include "host/stopProcess.h"
+
+namespace host {
+
+constinit thread_local ThreadState gThread = {};
+
+namespace {
+
+std::atomic<unsigned> gCountingThreads{0};
+
+// A key's destructor runs when a thread exits, but not for the main thread when the process does: exit handlers may
+// still work with the host.
+void leaveForGood(void* state) {
+  auto& thread = *static_cast<ThreadState*>(state);
+  giveBackPages(thread);
+  delete[] thread.slots;
+  delete thread.pending;
+  thread = {};
+  --gCountingThreads;
+}
+
+pthread_key_t exitKey() {
+  static const pthread_key_t key = [] {
+    pthread_key_t made;
+    if (pthread_key_create(&made, leaveForGood) != 0) stopProcess("no key for thread exits");
+    return made;
+  }();
+  return key;
+}
+
+// Under the heap lock, so that no thread joins while a collection runs.
+void beginToCount(ThreadState& thread) {
+  const HeapLock lock;
+  pthread_setspecific(exitKey(), &thread);
+  thread.counts = true;
+  thread.randomState = freshRandomState();
+  ++gCountingThreads;
+}
+
+}  // namespace
+
+void noteMisuse(ThreadState& thread, const char* misuse, const char* operation) {
+  if (thread.misuse != nullptr) return;
+  thread.misuse = misuse;
+  thread.misusedIn = operation;
+}
+
+void noteUnusualEntry(ThreadState& thread, const char* operation) {
+  if (thread.mode == ThreadMode::Detached) stopProcess("%s on a thread that is not attached", operation);
+  noteMisuse(thread, "an operation after a raise", operation);
+}
+
+bool isOnlyCountingThread() { return gThread.counts && gCountingThreads == 1; }
+
+void attachThread() {
+  ThreadState& thread = gThread;
+  if (!thread.counts) beginToCount(thread);
+  if (thread.attachDepth++ != 0) return;
+  thread.mode = thread.pending == nullptr ? ThreadMode::Attached : ThreadMode::Raised;
+}
+
+void detachThread() {
+  ThreadState& thread = gThread;
+  if (thread.attachDepth == 0) stopProcess("detachThread on a thread that is not attached");
+  if (--thread.attachDepth == 0) thread.mode = ThreadMode::Detached;
+}
+
+OperationCounts operationCounts() { return gThread.tally; }
+
+}  // namespace host
