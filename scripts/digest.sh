@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Builds the digest program four times, with both compilers and without and with full optimisation, and compares what
+# it prints: everything must be the same. Then runs it on a processor without and with AVX2, neither with fused
+# multiply-adds (the mathematics library takes other forms of its functions where those exist): the lines may differ
+# only where the order of a sum or the form of a scaling depends on the processor, and there they must.
+# shellcheck source=scripts/lib.sh
+source "$(dirname "$0")/lib.sh"
+
+expected_differences='_matmulNative degrees radians sum'
+work=build/digest
+
+# digest_of COMPILER LEVEL: builds, and leaves the output in $work/COMPILER-LEVEL.txt.
+digest_of() {
+  local dir=$work/$1$2
+  cmake -S . -B "$dir" -G Ninja -DVESK_TESTS=OFF -DCMAKE_CXX_COMPILER="$1" -DCMAKE_BUILD_TYPE=Plain \
+    -DCMAKE_CXX_FLAGS="$2" >/dev/null
+  cmake --build "$dir" -j "$jobs" -t digest >/dev/null
+  "$dir/bin/digest" >"$dir.txt"
+}
+
+for compiler in g++ clang++-14; do
+  for level in -O0 -O3; do
+    note "$compiler $level"
+    digest_of "$compiler" "$level"
+    diff "$work/g++-O0.txt" "$work/$compiler$level.txt"
+  done
+done
+
+for model in Nehalem Haswell,-fma; do
+  qemu-x86_64 -cpu "$model" "$work/g++-O3/bin/digest" >"$work/$model.txt"
+done
+differences=$(diff "$work/Nehalem.txt" "$work/Haswell,-fma.txt" | sed -n 's/^< \([^ ]*\) .*/\1/p' | sort | xargs)
+[[ $differences == "$expected_differences" ]] ||
+  fail "without and with AVX2 these differ: '$differences', expected: '$expected_differences'"
+echo "$(wc -l <"$work/g++-O0.txt") digests agree; by processor these differ: $differences"
