@@ -7,6 +7,8 @@
 
 namespace {
 
+using Op = NdArrayUnaryPreserveOp;
+
 // The scalar forms work through a 64-bit integer, which holds every value below 2^52 exactly. From there on a double
 // has no fraction; the test is written so that NaN counts as such a value, too.
 inline bool hasNoFraction(double x) { return !(std::fabs(x) < 0x1p52); }
@@ -54,25 +56,24 @@ struct RoundOp {
   }
 };
 
-struct Row {
-  NdArrayUnaryPreserveOp op;
-  NdArrayUnaryLoop* plain;
-  NdArrayUnaryLoop* avx2;
-};
-
-template <class Op>
-constexpr Row rowFor(NdArrayUnaryPreserveOp op) {
-  return {op, unaryLoopPlain<Op::scalar>, unaryLoopAvx2<Op, Avx2Remainder::Lanes>};
+template <class Form>
+constexpr NdArrayUnaryPreserveRow rowFor(Op op, bool negatesNegativeIntegers, const char* notNumeric) {
+  return {op, unaryLoopPlain<Form::scalar>, unaryLoopAvx2<Form, Avx2Remainder::Lanes>, negatesNegativeIntegers,
+          notNumeric};
 }
 
-constexpr Row kRows[] = {
-    rowFor<AbsOp>(NdArrayUnaryPreserveOp::Abs),     rowFor<RoundOp>(NdArrayUnaryPreserveOp::Round),
-    rowFor<FloorOp>(NdArrayUnaryPreserveOp::Floor), rowFor<CeilOp>(NdArrayUnaryPreserveOp::Ceil),
-    rowFor<TruncOp>(NdArrayUnaryPreserveOp::Trunc),
+constexpr NdArrayUnaryPreserveRow kRows[] = {
+    rowFor<AbsOp>(Op::Abs, true, "abs expects a numeric NDArray"),
+    rowFor<RoundOp>(Op::Round, false, "round expects a numeric NDArray"),
+    rowFor<FloorOp>(Op::Floor, false, "floor expects a numeric NDArray"),
+    rowFor<CeilOp>(Op::Ceil, false, "ceil expects a numeric NDArray"),
+    rowFor<TruncOp>(Op::Trunc, false, "trunc expects a numeric NDArray"),
 };
 static_assert(rowsFollowTheirCodes(kRows));
 
 }  // namespace
+
+const NdArrayUnaryPreserveRow& unaryPreserveRow(NdArrayUnaryPreserveOp op) { return rowOf(kRows, op); }
 
 void applyUnaryPreserve(double* out, const double* in, unsigned long length, NdArrayUnaryPreserveOp op) {
   if (length >= kShortestAvx2Length && ndArrayCanUseAvx2()) {

@@ -3,7 +3,19 @@
 // `out` may be the buffer of the operand.
 #pragma once
 
+#include "kernels/elementLoops.h"
 #include "kernels/operations.h"
+
+struct NdArrayUnaryPreserveRow {
+  NdArrayUnaryPreserveOp op;
+  NdArrayUnaryLoop* plain;
+  NdArrayUnaryLoop* avx2;
+  bool negatesNegativeIntegers;  // else integers are their own results
+  const char* notNumericMessage;
+};
+
+// The operation's row; an unknown code counts as abs.
+const NdArrayUnaryPreserveRow& unaryPreserveRow(NdArrayUnaryPreserveOp op);
 
 // out[i] = op(in[i]), by the AVX2 kernel where the processor has it and the length is worth it.
 void applyUnaryPreserve(double* out, const double* in, unsigned long length, NdArrayUnaryPreserveOp op);
