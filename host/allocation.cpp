@@ -11,7 +11,7 @@ std::atomic<bool> gStressMode{false};
 namespace {
 
 constexpr unsigned long kCreditBytes = 64UL << 10;
-constexpr unsigned long kSmallestInterval = 32UL << 20;  // allocated between two collections
+constexpr unsigned long kSmallestInterval = 4UL << 20;  // between two collections; what a cache holds is reused soonest
 
 unsigned long gHeapLimit = 64UL << 30;  // these two under the heap lock
 unsigned long gCollectAt = kSmallestInterval;
@@ -46,7 +46,7 @@ bool chargeWithinLimit(ThreadState& thread, unsigned long charge) {
   const HeapLock lock;
   if (charge > gHeapLimit || gChargedBytes > gHeapLimit - charge) return false;
   gChargedBytes += charge;
-  const bool watched = thread.allocationsUntilFailure != 0 || stressMode();
+  const bool watched = thread.allocationsUntilFailure != 0 || gStressMode.load(std::memory_order_relaxed);
   thread.credit = watched ? 0 : std::min(kCreditBytes, gHeapLimit - gChargedBytes);
   gChargedBytes += thread.credit;
   return true;

@@ -60,6 +60,20 @@ void releaseArray(ObjectInstance& object) {
 
 }  // namespace host
 
+namespace {
+
+NdArrayDoubleStorage* storageOf(ObjectInstance* instance) {
+  if (instance == nullptr || !host::hasStorage(*instance)) return nullptr;
+  return &host::recordAs<host::ArrayRecord>(*instance).storage;
+}
+
+[[gnu::cold, gnu::noinline]] NdArrayDoubleStorage* currentStorageUnusually(ObjectInstance* instance) {
+  host::enterOperation("currentNdArrayDoubleStorage");
+  return storageOf(instance);
+}
+
+}  // namespace
+
 ObjectInstance* allocateInlineNdArrayDoubleObject(const char* typeName) {
   host::ThreadState& thread = host::enterOperation("allocateInlineNdArrayDoubleObject");
   return host::makeArray(thread, host::internType(typeName));
@@ -94,9 +108,7 @@ NdArrayDoubleStorage* ensureNdArrayDoubleStorage(ObjectInstance* instance) {
 }
 
 NdArrayDoubleStorage* currentNdArrayDoubleStorage(ObjectInstance* instance) {
-  host::enterOperation("currentNdArrayDoubleStorage");
-  if (instance == nullptr || !host::hasStorage(*instance)) return nullptr;
-  return &host::recordAs<host::ArrayRecord>(*instance).storage;
+  return host::enteredQuietly() ? storageOf(instance) : currentStorageUnusually(instance);
 }
 
 // Ready native values count before the data list. Nothing is needed of the array once the sum is known, so it may be
@@ -105,7 +117,7 @@ void* sumNumericCollection(void* array, const std::string& elementTypeName) {
   host::enterOperation("sumNumericCollection");
   ObjectInstance& object = host::liveObject(array, "sumNumericCollection");
   double sum = 0;
-  const NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(&object);
+  const NdArrayDoubleStorage* storage = storageOf(&object);
   if (storage != nullptr && storage->ready != 0) {
     const double* values = storage->heapAllocated != 0 ? storage->heapValues : storage->inlineValues;
     for (unsigned long i = 0; i < storage->count; ++i) sum += values[i];

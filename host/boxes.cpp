@@ -23,9 +23,7 @@ void* boxedDouble(ThreadState& thread, const TypeInfo& type, double value) {
 
 }  // namespace
 
-bool isBox(void* item) {
-  return isObjectStart(item) && classOf(*static_cast<ObjectInstance*>(item)) == ClassKind::Box;
-}
+bool isBox(void* item) { return isObjectStart(item) && classOf(*static_cast<ObjectInstance*>(item)) == ClassKind::Box; }
 
 long long boxAsInteger(ObjectInstance& object) {
   if (classOf(object) != ClassKind::Box) return 0;

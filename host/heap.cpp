@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 
+#include "host/allocation.h"
 #include "host/collector.h"
 #include "host/objects.h"
 #include "host/poison.h"
@@ -47,6 +48,9 @@ Tables& tables() {
   static Tables& made = *new (mapTableOrStop(sizeof(Tables))) Tables;
   return made;
 }
+
+// Whether freed blocks stay out of use for a while, and new ones show that they are not cleared.
+bool holdsBack() { return kSanitized || gStressMode.load(std::memory_order_relaxed); }
 
 void enterInPageTable(Page& page) {
   const auto first = reinterpret_cast<std::uintptr_t>(page.base);
@@ -132,7 +136,7 @@ void* handOut(Page& page, unsigned index, unsigned long bytes, CellState state) 
   page.setState(index, state);
   char* block = page.cell(index);
   unpoison(block, bytes);
-  if (kSanitized || stressMode()) overwriteUninitialized(block, bytes);
+  if (holdsBack()) overwriteUninitialized(block, bytes);
   return block;
 }
 
@@ -146,6 +150,7 @@ void* allocateLarge(unsigned long bytes, CellState state) {
   }
   page->cellBytes = charge;
   page->cellCount = 1;
+  page->inverse = 1;
   poison(page->base, page->spanBytes);
   return handOut(*page, 0, bytes, state);
 }
@@ -161,11 +166,6 @@ bool advance(PageCursor& cursor, unsigned sizeClass) {
   if (cursor.page == nullptr) return false;
   while (cursor.page->state(cursor.next) != CellState::Free) ++cursor.next;
   return true;
-}
-
-void freeForReuse(Page& page, unsigned index) {
-  page.setState(index, CellState::Free);
-  if (page.large) tables().freeLarge.push_back(&page);
 }
 
 // Whether freed memory is still as it was left. `bytes` is a multiple of 8.
@@ -190,44 +190,54 @@ void releaseFromQuarantine() {
     verifyFreed(cell);
     --cell.page->quarantined;
     heap.quarantinedBytes -= cell.page->cellBytes;
-    freeForReuse(*cell.page, cell.index);
+    cell.page->setState(cell.index, CellState::Free);
+    if (cell.page->large) heap.freeLarge.push_back(cell.page);
   }
   if (heap.quarantineHead * 2 < heap.quarantine.size()) return;
   heap.quarantine.erase(heap.quarantine.begin(), heap.quarantine.begin() + static_cast<long>(heap.quarantineHead));
   heap.quarantineHead = 0;
 }
 
-void freeCell(Page& page, unsigned index) {
-  char* block = page.cell(index);
-  if (page.state(index) == CellState::Object) releaseObject(block);
-  const bool holdBack = kSanitized || stressMode();
-  unpoison(block, page.cellBytes);
-  // Out of stress mode a large block is marked once per system page: enough to show, and cheap.
-  if (page.large && !holdBack) {
-    overwriteFreedSparsely(block, page.cellBytes);
-  } else {
-    overwriteFreed(block, page.cellBytes);
-  }
-  poison(block, page.cellBytes);
-  --page.live;
-  gChargedBytes -= page.cellBytes;
-  if (!holdBack) return freeForReuse(page, index);
+void holdBack(Page& page, unsigned index) {
   page.setState(index, CellState::Quarantined);
   ++page.quarantined;
   tables().quarantine.push_back({&page, index});
   tables().quarantinedBytes += page.cellBytes;
 }
 
+void overwriteDead(char* block, unsigned long bytes, bool sparsely) {
+  unpoison(block, bytes);
+  if (sparsely) {
+    overwriteFreedSparsely(block, bytes);
+  } else {
+    overwriteFreed(block, bytes);
+  }
+  poison(block, bytes);
+}
+
+// Frees the page's unmarked cells and clears the marks of the others.
 void sweepPage(Page& page) {
+  const bool held = holdsBack();
+  unsigned freed = 0;
   for (unsigned i = 0; i < page.cellCount; ++i) {
     const unsigned char state = page.states[i].load(std::memory_order_relaxed);
     if (state < static_cast<unsigned char>(CellState::Scanned)) continue;
     if ((state & kMarked) != 0) {
       page.states[i].store(state & ~kMarked, std::memory_order_relaxed);
+      continue;
+    }
+    ++freed;
+    if (state == static_cast<unsigned char>(CellState::Object)) releaseObject(page.cell(i));
+    overwriteDead(page.cell(i), page.cellBytes, page.large && !held);
+    if (held) {
+      holdBack(page, i);
     } else {
-      freeCell(page, i);
+      page.setState(i, CellState::Free);
     }
   }
+  page.live -= freed;
+  gChargedBytes -= freed * page.cellBytes;
+  if (page.large && !held && freed != 0) tables().freeLarge.push_back(&page);
 }
 
 // Sorts the small pages anew into those for one size and those for any.

@@ -69,8 +69,7 @@ ObjectInstance* makeArray(ThreadState& thread, const TypeInfo& type) {
   return makeRecord(thread, type, ClassKind::Array, sizeof(ArrayRecord));
 }
 
-void releaseObject(char* record) {
-  auto& object = *reinterpret_cast<ObjectInstance*>(record);
+void releaseOwned(ObjectInstance& object) {
   if (classOf(object) == ClassKind::List) releaseList(recordAs<ListRecord>(object));
   if (object.finalizerRegistered != 0 && object.finalizer != nullptr) {
     reinterpret_cast<void (*)(ObjectInstance&)>(object.finalizer)(object);
@@ -99,6 +98,20 @@ void* newString(std::string_view text) {
 
 }  // namespace host
 
+namespace {
+
+[[gnu::cold, gnu::noinline]] bool hasMagicUnusually(void* pointer) {
+  host::enterOperation("hasObjectMagic");
+  return host::isObjectStart(pointer);
+}
+
+[[gnu::cold, gnu::noinline]] ObjectInstance* getObjectUnusually(void* object) {
+  host::enterOperation("getObject");
+  return static_cast<ObjectInstance*>(object);
+}
+
+}  // namespace
+
 void* Vesk_allocObject(const char* typeName) {
   return &host::makeObject(host::enterOperation("Vesk_allocObject"), host::internType(typeName));
 }
@@ -110,12 +123,12 @@ const char* Vesk_objectTypeName(void* object) {
 }
 
 bool hasObjectMagic(void* pointer) {
-  host::enterOperation("hasObjectMagic");
-  return host::isObjectStart(pointer) && static_cast<ObjectInstance*>(pointer)->header >> 32 == host::kObjectMagic;
+  if (!host::enteredQuietly()) return hasMagicUnusually(pointer);
+  return host::isObjectStart(pointer);
 }
 
 ObjectInstance* getObject(void* object) {
-  host::enterOperation("getObject");
+  if (!host::enteredQuietly()) return getObjectUnusually(object);
   return static_cast<ObjectInstance*>(object);
 }
 

@@ -76,8 +76,12 @@ ObjectInstance* makeArray(ThreadState& thread, const TypeInfo& type);
 // The part of makeObject for an operation that has begun its allocation: null when there is no memory.
 ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind kind, unsigned long bytes);
 
-// What an object owns besides its memory goes when it is found dead.
-void releaseObject(char* record);
+// What an object owns besides its memory goes when it is found dead: the mutex of a list, native storage.
+void releaseOwned(ObjectInstance& object);
+inline void releaseObject(char* record) {
+  auto& object = *reinterpret_cast<ObjectInstance*>(record);
+  if (object.finalizerRegistered != 0 || classOf(object) == ClassKind::List) releaseOwned(object);
+}
 // Whether a live object's record can be one.
 bool isRecordSound(const char* record);
 

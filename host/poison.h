@@ -51,6 +51,7 @@ inline void overwriteFreed(void* memory, unsigned long bytes) { std::memset(memo
 inline void overwriteUninitialized(void* memory, unsigned long bytes) {
   std::memset(memory, kUninitializedByte, bytes);
 }
+// For large blocks out of stress mode: a line of every system page is enough to show, and cheap.
 inline void overwriteFreedSparsely(char* memory, unsigned long bytes) {
   for (unsigned long offset = 0; offset < bytes; offset += 4096) std::memset(memory + offset, kFreedByte, 64);
 }

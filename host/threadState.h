@@ -39,7 +39,7 @@ struct ThreadState {
 extern constinit thread_local ThreadState gThread;
 
 // Stops the process on a detached thread; on one with a pending exception records that the module went on.
-void noteUnusualEntry(ThreadState& thread, const char* operation);
+[[gnu::cold]] void noteUnusualEntry(ThreadState& thread, const char* operation);
 
 // Keeps the first thing that a module does wrong for the next NativeCallCheck.
 void noteMisuse(ThreadState& thread, const char* misuse, const char* operation);
@@ -51,6 +51,14 @@ inline ThreadState& enterOperation(const char* operation) {
     noteUnusualEntry(thread, operation);
   ++thread.tally.operations;
   return thread;
+}
+
+// The same for operations of a few instructions: false, with nothing done, where enterOperation must be called.
+inline bool enteredQuietly() {
+  if (gThread.mode != ThreadMode::Attached) [[unlikely]]
+    return false;
+  ++gThread.tally.operations;
+  return true;
 }
 
 // Whether this thread is the only one that counts, so that a collection may run on it.

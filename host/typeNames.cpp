@@ -34,6 +34,11 @@ struct RecentName {
 };
 constinit thread_local RecentName gRecentNames[64] = {};
 
+// An interned name is recognised by its address alone.
+bool isNamed(const TypeInfo& type, const char* name) {
+  return type.name.c_str() == name || std::strcmp(type.name.c_str(), name) == 0;
+}
+
 // Without blanks around it and without the marks of a nullable type behind it.
 std::string_view trimmed(std::string_view name) {
   const auto isDecoration = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0 || c == '?'; };
@@ -104,7 +109,7 @@ void countTypeNameUse(const char* operation) { ++enterOperation(operation).tally
 const TypeInfo& internType(const char* name) {
   if (name == nullptr) stopProcess("a type name is null");
   RecentName& recent = gRecentNames[reinterpret_cast<std::uintptr_t>(name) >> 3 & 63];
-  if (recent.text == name && std::strcmp(recent.type->name.c_str(), name) == 0) return *recent.type;
+  if (recent.text == name && isNamed(*recent.type, name)) return *recent.type;
   recent = {name, &findOrIntern(name)};
   return *recent.type;
 }
