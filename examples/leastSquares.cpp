@@ -154,6 +154,7 @@ std::optional<Fit> fitLastColumn(const NdArrayClient& client, const Table& table
   const double left = euclideanNorm(client, residual);  // the target has length one, or zero when it is constant
   const double total = euclideanNorm(client, problem.target);
   const double deviation = left * problem.scales.back() / std::sqrt(static_cast<double>(table.rowCount() - unknowns));
+  if (!std::isfinite(deviation)) return std::nullopt;
   const double rSquared = total > 0.0 ? 1.0 - left * left : std::numeric_limits<double>::quiet_NaN();
   return Fit{coefficientsOf(problem, *weights, scaledSolution, deviation), deviation, rSquared};
 }

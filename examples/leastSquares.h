@@ -17,7 +17,8 @@ struct Fit {
   double rSquared;                        // NaN when the last column is constant
 };
 
-// The fit, or nothing when the rows do not determine it: too few of them, or columns that depend on each other.
+// The fit, or nothing when the rows do not determine it: too few of them, columns that depend on
+// each other, or squares beyond the range of a double.
 //
 // The columns are centred, so that the intercept drops out, and scaled to length one: the matrix Z. Cholesky's factor R
 // of Z'Z makes Z inverse(R) nearly orthonormal, and doing so twice makes it orthonormal to rounding ("CholeskyQR2":

@@ -1,5 +1,6 @@
 // summarize [--log] [--certified FILE] [FILE]: a summary of every column of a table of numbers and the least-squares
 // fit of the last column on the others, computed by the module. Reads standard input without a FILE or for "-".
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
@@ -11,7 +12,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
-constexpr double kWantedDigits = 10.0;
+constexpr double kWantedDigits = 12.0;
 
 struct Options {
   std::string file = "-";
@@ -55,12 +56,12 @@ bool report(std::ostream& out, const Options& options) {
   printSummaries(out, table, summaries);
   const std::optional<Fit> fit = fitLastColumn(client, table);
   if (fit) printFit(out, table, *fit);
-  if (!fit) out << "\nNo fit: too few rows for the columns, or columns that depend on each other\n";
+  if (!fit) out << "\nNo fit: too few rows, columns that depend on each other, or numbers too large\n";
   if (options.certified.empty()) return true;
 
   if (!fit) throw std::runtime_error("there is no fit to compare with " + options.certified);
   const double digits = printComparison(out, *fit, readTable(options.certified));
-  out << "\nAll agree to " << digits << " digits or more; wanted are " << kWantedDigits << '\n';
+  out << "\nAll agree to " << std::floor(digits * 10) / 10 << " digits or more; wanted are " << kWantedDigits << '\n';
   return digits >= kWantedDigits;
 }
 

@@ -3,6 +3,7 @@
 # but Debian 12 with root or sudo.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+export LC_ALL=C.UTF-8
 
 jobs=$(nproc)
 build_packages=(cmake ninja-build g++ libgtest-dev)
