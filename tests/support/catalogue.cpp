@@ -1,0 +1,212 @@
+#include "support/catalogue.h"
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+#include "runtime/elementKinds.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+Words split(const std::string& text, char separator) {
+  Words words;
+  std::istringstream in(text);
+  for (std::string word; std::getline(in, word, separator);)
+    if (!word.empty()) words.push_back(word);
+  return words;
+}
+
+Number number(const std::string& text) { return std::strtold(text.c_str(), nullptr); }
+
+// The values with ranges written out.
+Words expanded(const std::string& text) {
+  Words values;
+  for (const std::string& part : split(text == "-" ? "" : text, ',')) {
+    const std::size_t dots = part.find("..");
+    if (dots == part.npos) {
+      values.push_back(part);
+      continue;
+    }
+    const Number first = number(part);
+    const Number last = number(part.substr(dots + 2));
+    const std::size_t slash = part.find('/');
+    const auto steps = slash == part.npos ? std::fabs(last - first) : number(part.substr(slash + 1)) - 1;
+    for (int i = 0; i <= static_cast<int>(steps); ++i) {
+      std::ostringstream value;
+      value.precision(17);
+      value << static_cast<double>(first + (last - first) * i / steps);
+      values.push_back(value.str());
+    }
+  }
+  return values;
+}
+
+void* item(const std::string& text, const std::string& type) {
+  if (text == "null") return nullptr;
+  if (text == "text") return keep(host::newString("seven"));
+  const std::size_t colon = text.find(':');
+  return colon == text.npos ? box(type, number(text)) : box(text.substr(0, colon), number(text.substr(colon + 1)));
+}
+
+void* makeList(const std::string& type, const std::string& form, const Words& values) {
+  if (form == "none") return nullptr;
+  std::vector<void*> items;
+  Numbers numbers;
+  for (const std::string& value : values) {
+    numbers.push_back(number(value));
+    if (form == "boxes") items.push_back(item(value, type));
+    if (form == "one") items.push_back(items.empty() ? item(value, type) : items[0]);
+  }
+  unsigned char kind = kBooleanKind;
+  while (kind > 0 && type != kElementKindNames[kind]) --kind;
+  return form == "packed" || form == "unnamed" ? packedList(kind, numbers, form == "packed") : objectList(items);
+}
+
+std::string option(const Words& words, const std::string& name) {
+  for (const std::string& word : words)
+    if (word.rfind(name, 0) == 0) return word.size() > name.size() ? word.substr(name.size()) : "yes";
+  return "";
+}
+
+void applyFlags(void* array, const Words& words) {
+  if (!option(words, "shapelist=").empty())
+    Vesk_setField_ptr(array, "_shape", makeList("UInt", "packed", expanded(option(words, "shapelist="))));
+  if (!option(words, "noshape").empty()) Vesk_setField_ptr(array, "_shape", nullptr);
+  for (const auto& [name, field] : {std::pair("size=", "_size"), std::pair("ndim=", "_ndim")})
+    if (const std::string value = option(words, name); !value.empty())
+      Vesk_setField_i64(array, field, std::strtoll(value.c_str(), nullptr, 10));
+  if (!option(words, "meta").empty()) addMetadata(array);
+  if (!option(words, "stale").empty()) getObject(array)->metadata->prefixValid = 0;
+  if (const std::string sum = option(words, "sum="); !sum.empty()) {
+    currentNdArrayDoubleStorage(getObject(array))->cachedSum = static_cast<double>(number(sum));
+    currentNdArrayDoubleStorage(getObject(array))->sumValid = 1;
+  }
+}
+
+std::vector<long long> extents(const Words& words) {
+  std::vector<long long> shape;
+  for (const std::string& extent : split(option(words, "shape="), 'x')) shape.push_back(std::stoll(extent));
+  return shape;
+}
+
+}  // namespace
+
+void* makeObject(const std::string& description, const Values& earlier) {
+  static long foreign[4] = {};
+  const Words words = split(description, ' ');
+  if (words[0] == "null") return nullptr;
+  if (words[0] == "foreign") return foreign;
+  if (words[0] == "text") return item("text", "");
+  if (words[0] == "same") return earlier[0].object;
+  if (words[0] == "sharesData") return arrayOver(Vesk_getField_ptr(earlier[0].object, "_data"), extents(words));
+  if (words[0] == "box") return box(words[1], number(words[2]));
+  const bool isList = words[0] == "list";
+  const Words parts(words.begin() + isList, words.end());
+  const std::string type =
+      parts[0].find("NDArray") == std::string::npos ? "vesk.math.NDArray<vesk." + parts[0] + ">" : parts[0];
+  const Words form = split(parts[1], '=');
+  const Words values = expanded(parts.size() > 2 ? parts[2] : "-");
+  void* array = nullptr;
+  if (form[0] == "buffer") {
+    std::vector<double> numbers;
+    for (const std::string& value : values) numbers.push_back(static_cast<double>(number(value)));
+    array = doubles(numbers, extents(words));
+  } else {
+    const std::string own = firstGenericArgShortType(type);
+    void* list = makeList(form.size() > 1 ? form[1] : own.empty() ? "Int" : own, form[0], values);
+    if (list != nullptr && !option(words, "lock").empty()) host::giveListLock(list);
+    if (isList && !option(words, "type=").empty()) host::setListTypeName(list, option(words, "type=").c_str());
+    if (isList) return list;
+    array = arrayOver(list, extents(words), type.c_str());
+  }
+  applyFlags(array, words);
+  return array;
+}
+
+Values makeArguments(const Scenario& scenario) {
+  Values values;
+  for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
+    const std::string& text = scenario.arguments[i];
+    Value value;
+    switch (scenario.native->operation->parameters[i]) {
+      case 'o':
+        value.object = makeObject(text, values);
+        break;
+      case 's':
+        if (text != "null") value.text = text;
+        break;
+      case 'v':
+        for (const std::string& element : expanded(text)) value.values.push_back(static_cast<double>(number(element)));
+        break;
+      case 'd':
+        value.real = static_cast<double>(number(text));
+        break;
+      default:
+        value.integer = std::strtoll(text.c_str(), nullptr, 10);
+    }
+    values.push_back(value);
+  }
+  return values;
+}
+
+std::string Scenario::text() const {
+  std::string text = native->name + "(";
+  for (const std::string& argument : arguments) text += argument + (&argument == &arguments.back() ? ")" : "; ");
+  return text;
+}
+
+namespace {
+
+// A block of the catalogue: operations, and the alternatives of each of their arguments.
+struct Rule {
+  Words operations;
+  std::vector<Words> alternatives;
+};
+
+std::vector<Rule> readRules() {
+  std::vector<Rule> rules;
+  std::ifstream file(VESK_CATALOGUE_FILE);
+  for (std::string line; std::getline(file, line);) {
+    const std::string text = line.substr(std::min(line.size(), line.find_first_not_of(' ')));
+    if (text.empty() || text[0] == '#') continue;
+    if (text.rfind("do ", 0) == 0)
+      rules.push_back({split(text.substr(3), ','), {}});
+    else if (text == "with")
+      rules.back().alternatives.emplace_back();
+    else
+      rules.back().alternatives.back().push_back(text);
+  }
+  return rules;
+}
+
+void addScenarios(std::vector<Scenario>& all, const std::vector<const Native*>& candidates, const Rule& rule,
+                  const Words& arguments) {
+  if (arguments.size() == rule.alternatives.size()) {
+    all.push_back({candidates[all.size() % candidates.size()], arguments});
+    return;
+  }
+  for (const std::string& alternative : rule.alternatives[arguments.size()]) {
+    Words more = arguments;
+    more.push_back(alternative);
+    addScenarios(all, candidates, rule, more);
+  }
+}
+
+}  // namespace
+
+const std::vector<Scenario>& catalogue() {
+  static const auto& all = *[] {
+    auto* made = new std::vector<Scenario>;
+    for (const Rule& rule : readRules())
+      for (const std::string& operation : rule.operations) {
+        std::vector<const Native*> candidates;
+        for (const Native& native : natives())
+          if (native.operation->name == operation) candidates.push_back(&native);
+        addScenarios(*made, candidates, rule, {});
+      }
+    return made;
+  }();
+  return all;
+}

@@ -1,0 +1,25 @@
+// Every way through every native, one line of text per scenario, and the making of its arguments from that text.
+#pragma once
+
+#include "support/model.h"
+
+struct Scenario {
+  const Native* native;
+  std::vector<std::string> arguments;
+
+  std::string text() const;
+};
+
+const std::vector<Scenario>& catalogue();
+Values makeArguments(const Scenario& scenario);
+
+// An object from its description:
+//   null, foreign (no language object), text (a string), same (the first argument),
+//   sharesData (an array over the first argument's data list), "box Int 7",
+//   "list Int packed 1,2,3 lock" or, for an array, "Int packed 1,2,3 lock shape=3x1".
+// The element type may be a full array type name. Forms: packed, unnamed (no element name), boxes, one (every item one
+// box), none (no list), buffer (ready native values); "packed=UInt" and the like name another type for the elements.
+// Values: numbers, null, text, "Long:5" for a box of another type, "1..9" and "0..1/40" for so many steps; "-" for
+// none. Flags: lock, meta (metadata record), shape=AxB, shapelist=DESCRIPTION-OF-VALUES, size=N, ndim=N, noshape, stale
+// (the remembered extents are invalid), sum=X (cached).
+void* makeObject(const std::string& description, const Values& earlier = {});

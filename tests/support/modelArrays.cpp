@@ -1,0 +1,392 @@
+// Reductions, sorting, element access, construction and random numbers.
+#include "support/modelValues.h"
+
+namespace model {
+namespace {
+
+constexpr const char* kOutOfBounds = "Index out of bounds";
+constexpr const char* kBadExtent = "shape dimensions must be > 0";
+constexpr const char* kTooLarge = "NDArray element count exceeds UInt.MAX_VALUE";
+constexpr const char* kNoBuffer = "cannot initialize native NDArray<Double>";
+constexpr long long kMaxCount = 0xFFFFFFFF;
+
+// ---- Reductions and sorting.
+
+Ref sum(Model& m, Ref array) {
+  const auto empty = [](bool isEmpty) {
+    if (isEmpty) raise("ValueException", "empty NDArray");
+  };
+  if (array == nullptr) raise("NullException", "Cannot call NDArray.sum() on null");
+  if (Buffer* buffer = bufferOf(m, array)) {
+    empty(!buffer->sumValid && buffer->count == 0);
+    if (!buffer->sumValid) buffer->sum = orderedSum(buffer->values);
+    buffer->sumValid = true;
+    return newBox(m, "Double", buffer->sum);
+  }
+  Ref list = array->data;
+  empty(list == nullptr || lengthOf(list) == 0 || isFloatingKind(list->packed));
+  U total = 0;
+  if (list->packed != 0) {
+    for (std::size_t i = 0; i < lengthOf(list); ++i) total += static_cast<U>(integerAt(list, i));
+    return newBox(m, "Int", static_cast<Number>(static_cast<long long>(total)));
+  }
+  const std::vector<Ref>& items = list->items;
+  if (items[0] == nullptr) raise("TypeError", "sum does not support null values");
+  if (items[0]->kind != Kind::Box || items[0]->type == "Boolean")
+    raise("TypeError", "sum expects numeric NDArray items");
+  double real = 0;
+  for (Ref item : items) {
+    if (item == nullptr) raise("TypeError", "sum does not support null values");
+    total += static_cast<U>(integerOf(item));
+    real += doubleOf(item);
+  }
+  if (!isFloating(items[0]->type)) return newBox(m, items[0]->type, static_cast<Number>(static_cast<long long>(total)));
+  const bool shared = std::count(items.begin(), items.end(), items[0]) == static_cast<long>(items.size());
+  return newBox(m, items[0]->type, shared ? static_cast<double>(items.size()) * doubleOf(items[0]) : real);
+}
+
+// Without a buffer it is the host that adds up, item by item, and raises.
+double plainSum(Model& m, Ref array, bool caches) {
+  if (array == nullptr) return 0;
+  double total = 0;
+  if (Buffer* buffer = bufferOf(m, array)) {
+    if (buffer->sumValid) return buffer->sum;
+    total = orderedSum(buffer->values);
+    if (caches) buffer->sum = total, buffer->sumValid = true;
+  } else if (Ref list = array->data) {
+    for (std::size_t i = 0; i < lengthOf(list); ++i) {
+      if (list->packed == 0 && (list->items[i] == nullptr || list->items[i]->kind != Kind::Box))
+        raise("TypeError", "sum expects numeric NDArray items");
+      total += list->packed != 0 ? doubleAt(list, i) : doubleOf(list->items[i]);
+    }
+  }
+  return total;
+}
+
+// Stable insertion up to 32 values (a NaN stays in its place), above that the standard sort with NaNs behind.
+template <class T, class Key>
+void sortBy(std::vector<T>& values, Key key) {
+  const auto less = [&](const T& x, const T& y) { return key(x) < key(y); };
+  if (values.size() > 32) {
+    const auto isNumber = [&](const T& x) { return key(x) == key(x); };
+    return std::sort(values.begin(), std::stable_partition(values.begin(), values.end(), isNumber), less);
+  }
+  for (std::size_t i = 1; i < values.size(); ++i)
+    for (std::size_t j = i; j > 0 && less(values[j], values[j - 1]); --j) std::swap(values[j], values[j - 1]);
+}
+
+void sort(Model& m, Ref array) {
+  if (array == nullptr) return;
+  if (Buffer* buffer = bufferOf(m, array)) return sortBy(buffer->values, [](double x) { return x; });
+  Ref list = array->data;
+  if (list == nullptr) return;
+  if (isFloatingKind(list->packed)) return sortBy(list->elements, [](Number x) { return x; });
+  if (list->packed == 8)
+    return std::sort(list->elements.begin(), list->elements.end(), [](Number x, Number y) {
+      return static_cast<U>(static_cast<long long>(x)) < static_cast<U>(static_cast<long long>(y));
+    });
+  if (list->packed != 0) return std::sort(list->elements.begin(), list->elements.end());
+  if (profileOf(list).reading == Reading::Floating) return sortBy(list->items, doubleOf);
+  sortBy(list->items, integerOf);
+}
+
+Ref matmul(Model& m, Ref a, Ref b) {
+  constexpr const char* kMismatch = "matrix multiplication shape mismatch";
+  if (a == nullptr) return nullptr;
+  if (!isArray(b)) raise("TypeError", "matrix multiplication expects a NDArray operand");
+  if (a->ndim != 2 || b->ndim != 2) raise("ValueException", "matrix multiplication requires 2D arrays");
+  const Buffer* x = bufferOf(m, a);
+  const Buffer* y = bufferOf(m, b);
+  if (x == nullptr || y == nullptr) raise("TypeError", "matrix multiplication native path expects NDArray<Double>");
+  const std::vector<long long> shape = extentsOf(a);
+  const std::vector<long long> other = extentsOf(b);
+  if (shape.size() != 2 || other.size() != 2) raise("ValueException", "matrix multiplication requires 2D arrays");
+  const long long rows = shape[0], inner = shape[1], columns = other[1];
+  if (other[0] != inner) raise("ValueException", kMismatch);
+  for (U extent : {U(rows), U(columns)}) {
+    if (extent == 0) raise("ValueException", kBadExtent);
+    if (extent > kMaxCount) raise("ValueException", kTooLarge);
+  }
+  if (kMaxCount / columns < rows) raise("ValueException", kTooLarge);
+  if (x->count != U(rows) * U(inner) || y->count != U(inner) * U(columns)) raise("ValueException", kMismatch);
+  Ref result = m.world.make(Kind::Array, a->type);
+  result->ndim = 2;
+  result->size = rows * columns;
+  result->shape = boxList(m, {rows, columns});
+  result->strides = boxList(m, {columns, 1});
+  result->data = boxList(m, {}, "empty");
+  Buffer& out = resultBuffer(m, result, "cannot initialize native NDArray<Double> result");
+  out.sumValid = true;
+  for (long long i = 0; i < rows; ++i)
+    for (long long j = 0; j < columns; ++j) {
+      std::vector<double> terms;
+      for (long long p = 0; p < inner; ++p)
+        terms.push_back(x->values[size_t(i * inner + p)] * y->values[size_t(p * columns + j)]);
+      out.values.push_back(orderedSum(terms));
+      out.sum += out.values.back();
+    }
+  return result;
+}
+
+// ---- Element access.
+
+bool within(long long index, std::size_t count) { return index >= 0 && U(index) < count; }
+void checkIndex(bool inside) {
+  if (!inside) raise("IndexException", kOutOfBounds);
+}
+std::size_t wrapIndex(long long index, long long extent) {
+  if (index < 0) index = (long long)(U(index) + U(extent));
+  checkIndex(index >= 0 && index < extent);
+  return static_cast<std::size_t>(index);
+}
+
+Ref getFlat(Model& m, Ref array, long long index) {
+  checkIndex(array != nullptr);
+  if (const Buffer* buffer = bufferOf(m, array))
+    return checkIndex(within(index, buffer->count)), newBox(m, "Double", buffer->values[size_t(index)]);
+  checkIndex(array->data != nullptr && within(index, lengthOf(array->data)));
+  if (array->data->packed == 0) return array->data->items[size_t(index)];
+  return elementBox(m, array->data, size_t(index), isFloatingKind(array->data->packed) ? "Double" : "Int");
+}
+
+void storeInBuffer(Buffer& buffer, long long index, double value) {
+  if (buffer.sumValid) buffer.sum = (value - buffer.values[size_t(index)]) + buffer.sum;
+  buffer.values[size_t(index)] = value;
+}
+
+void setFlat(Model& m, Ref array, long long index, Ref value) {
+  checkIndex(array != nullptr);
+  if (Buffer* buffer = bufferOf(m, array)) {
+    checkIndex(within(index, buffer->count));
+    if (value == nullptr || value->kind != Kind::Box) raise("TypeError", "NDArray<Double> expects numeric values");
+    return storeInBuffer(*buffer, index, doubleOf(value));
+  }
+  checkIndex(array->data != nullptr);
+  materialize(m, array->data);
+  std::vector<Ref>& items = array->data->items;
+  const long long need = std::max(array->size, index + 1);
+  if (need > static_cast<long long>(items.size())) items.resize(size_t(need), nullptr);
+  checkIndex(within(index, items.size()));
+  items[size_t(index)] = value;
+}
+
+double readFlat(Model& m, Ref array, long long index) {
+  if (const Buffer* buffer = array->buffer && array->buffer->ready ? &*array->buffer : bufferOf(m, array))
+    return checkIndex(within(index, buffer->count)), buffer->values[size_t(index)];
+  return doubleOf(getFlat(m, array, index));
+}
+void writeFlat(Model& m, Ref array, long long index, double value) {
+  Buffer* buffer = array->buffer && array->buffer->ready ? &*array->buffer : bufferOf(m, array);
+  if (buffer == nullptr) return setFlat(m, array, index, newBox(m, "Double", value));
+  checkIndex(within(index, buffer->count));
+  storeInBuffer(*buffer, index, value);
+}
+
+long long flat1D(Ref array, long long index, const char* message) {
+  checkIndex(array != nullptr);
+  if (array->ndim != 1) raise("ValueException", message);
+  return (long long)wrapIndex(index, array->size);
+}
+long long flat2D(Ref array, long long row, long long column) {
+  checkIndex(array != nullptr);
+  if (array->ndim != 2) raise("ValueException", "2D indexing used on non-2D NDArray");
+  if (array->hasMetadata && !array->prefixValid) refreshPrefix(array);
+  const std::vector<long long> shape =
+      array->hasMetadata ? std::vector<long long>(array->prefixValid ? 2 : 0) : extentsOf(array);
+  if (shape.size() < 2) raise("ValueException", "Invalid NDArray shape");
+  const long long rows = array->hasMetadata ? array->dim0 : shape[0];
+  const long long columns = array->hasMetadata ? array->dim1 : shape[1];
+  const U first = wrapIndex(row, rows);
+  return (long long)(first * U(columns) + wrapIndex(column, columns));
+}
+
+// ---- Construction and random numbers.
+
+void describe(Model& m, Ref array, const std::vector<long long>& shape) {
+  std::vector<long long> strides(shape.size(), 1);
+  array->size = 1;
+  for (std::size_t i = shape.size(); i-- > 0; array->size *= shape[i]) strides[i] = array->size;
+  const string name = shape.size() == 1
+                          ? std::to_string(shape[0])
+                          : std::to_string(shape[0]) + "x" + std::to_string(shape.size() > 1 ? shape[1] : 0);
+  const bool isShared = shape.size() <= 2;
+  array->ndim = (long long)shape.size();
+  array->shape = boxList(m, shape, isShared ? "shape " + name : "");
+  array->strides = boxList(m, strides, shape.size() == 1 ? "stride" : isShared ? "strides " + name : "");
+}
+
+Buffer& newBufferArray(Model& m, Value& result, const Value& type, long long count) {
+  if (count <= 0) raise("ValueException", kBadExtent);
+  if (!type.text) throw std::logic_error("");
+  if (!m.available()) raise("TypeError", "cannot allocate native NDArray<Double>");
+  Ref array = m.world.make(Kind::Array, *type.text);
+  describe(m, array, {count});
+  array->data = boxList(m, {}, "empty");
+  array->hasMetadata = true;
+  refreshPrefix(array);
+  result.node = array;
+  return array->buffer.emplace(Buffer{U(count), count > 32, true, true, false, 0, {}});
+}
+
+void init1D(Model& m, Ref array, long long length, bool zero) {
+  if (array == nullptr) return;
+  if (length <= 0) raise("ValueException", kBadExtent);
+  if (!usesBuffer(array)) {
+    describe(m, array, {length});
+    if (array->hasMetadata) refreshPrefix(array);
+    array->data = newList(m);
+    const string type = elementTypeOf(array->type).empty() ? "Int" : elementTypeOf(array->type);
+    for (long long i = 0; zero && i < length; ++i) array->data->items.push_back(newBox(m, type, 0));
+    return;
+  }
+  describe(m, array, {length});
+  array->data = boxList(m, {}, "empty");
+  array->hasMetadata = true;
+  refreshPrefix(array);
+  Buffer* buffer = bufferOf(m, array, false, zero);
+  if (buffer == nullptr) raise("TypeError", kNoBuffer);
+  if (zero) buffer->values.assign(size_t(length), 0.0);
+  buffer->sum = 0;
+  buffer->sumValid = zero;
+}
+
+void initFilled(Model& m, Ref array, Ref shapeList, Ref fill) {
+  if (array == nullptr) return;
+  if (shapeList == nullptr || lengthOf(shapeList) == 0)
+    raise("ValueException", "shape must contain at least one dimension");
+  std::vector<long long> shape;
+  for (std::size_t i = 0; i < lengthOf(shapeList); ++i) {
+    shape.push_back(extentAt(shapeList, i));
+    if (shape.back() <= 0) raise("ValueException", kBadExtent);
+  }
+  long long count = 1;
+  for (long long extent : shape) {
+    if (extent > kMaxCount || kMaxCount / extent < count) raise("ValueException", kTooLarge);
+    count *= extent;
+  }
+  describe(m, array, shape);
+  array->hasMetadata = true;
+  refreshPrefix(array);
+  if (usesBuffer(array)) {
+    array->data = boxList(m, {}, "empty");
+    Buffer& buffer = resultBuffer(m, array, kNoBuffer);
+    buffer.values.assign(size_t(count), doubleOf(fill));
+    buffer.sum = static_cast<double>(count) * doubleOf(fill);
+    buffer.sumValid = true;
+    return;
+  }
+  const string type = elementTypeOf(array->type);
+  const bool primitive =
+      std::find(std::begin(kElementKindNames) + 1, std::end(kElementKindNames), type) != std::end(kElementKindNames);
+  Ref list = primitive ? newPackedList(m, type) : nullptr;
+  if (list == nullptr) list = newList(m, std::vector<Ref>(size_t(count), fill));
+  const Number value = list->packed == kFloat    ? static_cast<float>(doubleOf(fill))
+                       : list->packed == kDouble ? doubleOf(fill)
+                                                 : narrow(list->packed, integerOf(fill));
+  if (list->packed != 0) list->elements.assign(size_t(count), value);
+  array->data = list;
+}
+
+void fillRandomList(Model& m, Ref list, long long count) {
+  if (list == nullptr) return;
+  if (count < 0) raise("ValueException", "random fill count must be non-negative");
+  if (list->packed != 0 && !isFloatingKind(list->packed))
+    raise("TypeError", "random fill requires a floating-point list");
+  const string boxType = elementTypeOf(list->type) == "Float" ? "Float" : "Double";
+  if (lengthOf(list) < size_t(count))
+    list->packed != 0 ? list->elements.resize(size_t(count)) : list->items.resize(size_t(count));
+  for (std::size_t i = 0; i < size_t(count); ++i) {
+    const double value = static_cast<double>(nextFastRandomU64() >> 11) * 0x1p-53;
+    if (list->packed == 0)
+      list->items[i] = newBox(m, boxType, value);
+    else
+      list->elements[i] = list->packed == kFloat ? static_cast<float>(value) : value;
+  }
+}
+
+void fillRandom(Model& m, Ref array) {
+  if (array == nullptr) return;
+  Buffer* buffer = bufferOf(m, array, false, false);
+  if (buffer == nullptr) return fillRandomList(m, array->data, array->size);
+  buffer->sumValid = buffer->random = true;
+}
+
+}  // namespace
+
+std::vector<Operation> arrayOperations() {
+  using L = long long;
+  using P = void*;
+  const auto object = [](Ref (*model)(Model&, Ref)) {
+    return [model](Model& m, const Values& a, Value& result) { result.node = model(m, a[0].node); };
+  };
+  return {
+      operation<P (*)(P)>("sumNdArray", "o", object(sum)),
+      operation<double (*)(P)>("sumNdArrayAsDouble", "o",
+                               [](Model& m, const Values& a, Value& r) { r.real = plainSum(m, a[0].node, true); }),
+      operation<double (*)(P)>("sumNdArrayAsFloat", "o",
+                               [](Model& m, const Values& a, Value& r) { r.real = plainSum(m, a[0].node, false); }),
+      operation<P (*)(P)>("sortNdArray", "o",
+                          [](Model& m, const Values& a, Value& r) {
+                            r.node = a[0].node;
+                            if (r.node != nullptr && r.node->ndim != 1)
+                              raise("ValueException", "sort() without axis requires a 1D NDArray");
+                            sort(m, r.node);
+                          }),
+      operation<void (*)(P)>("sortNdArray1D", "o", [](Model& m, const Values& a, Value&) { sort(m, a[0].node); }),
+      operation<P (*)(P, P)>("multiplyNdArrays", "oo",
+                             [](Model& m, const Values& a, Value& r) { r.node = matmul(m, a[0].node, a[1].node); }),
+      operation<P (*)(P, L)>("getNdArrayFlat", "ol",
+                             [](Model& m, const Values& a, Value& r) { r.node = getFlat(m, a[0].node, a[1]); }),
+      operation<void (*)(P, L, P)>("setNdArrayFlat", "olo",
+                                   [](Model& m, const Values& a, Value&) { setFlat(m, a[0].node, a[1], a[2].node); }),
+      operation<double (*)(P, L)>("getNdArrayDouble1D", "ol",
+                                  [](Model& m, const Values& a, Value& r) {
+                                    const L flat = flat1D(a[0].node, a[1], "1D indexing used on non-1D NDArray");
+                                    r.real = readFlat(m, a[0].node, flat);
+                                  }),
+      operation<double (*)(P, L, L)>("getNdArrayDouble2D", "oll",
+                                     [](Model& m, const Values& a, Value& r) {
+                                       const L flat = flat2D(a[0].node, a[1], a[2]);
+                                       r.real = readFlat(m, a[0].node, flat);
+                                     }),
+      operation<void (*)(P, L, double)>("setNdArrayDouble1D", "old",
+                                        [](Model& m, const Values& a, Value&) {
+                                          const L flat = flat1D(a[0].node, a[1], "1D set used on non-1D NDArray");
+                                          writeFlat(m, a[0].node, flat, a[2]);
+                                        }),
+      operation<void (*)(P, L, L, double)>("setNdArrayDouble2D", "olld",
+                                           [](Model& m, const Values& a, Value&) {
+                                             const L flat = flat2D(a[0].node, a[1], a[2]);
+                                             writeFlat(m, a[0].node, flat, a[3]);
+                                           }),
+      operation<void (*)(P, L, int)>(
+          "initNdArray1D", "oli", [](Model& m, const Values& a, Value&) { init1D(m, a[0].node, a[1], a[2].integer != 0); }),
+      operation<void (*)(P, P, P)>(
+          "initNdArrayFilled", "ooo",
+          [](Model& m, const Values& a, Value&) { initFilled(m, a[0].node, a[1].node, a[2].node); }),
+      operation<P (*)(const char*, const double*, L, double)>(
+          "makeNdArrayFromDoubles", "svld",
+          [](Model& m, const Values& a, Value& r) {
+            if (a[1].values.empty() && a[2].integer > 0) return;
+            Buffer& buffer = newBufferArray(m, r, a[0], a[2]);
+            buffer.values.assign(a[1].values.begin(), a[1].values.begin() + a[2].integer);
+            buffer.sum = a[3];
+          }),
+      operation<P (*)(const char*, L)>(
+          "makeRandomNdArray1D", "sl",
+          [](Model& m, const Values& a, Value& r) { newBufferArray(m, r, a[0], a[1]).random = true; }),
+      operation<double* (*)(L)>("makeRandomDoubleBuffer", "l",
+                                [](Model& m, const Values& a, Value& r) {
+                                  if (a[0].integer <= 0) raise("ValueException", kBadExtent);
+                                  if (!m.available())
+                                    raise("OutOfMemoryError", "Cannot allocate NDArray<Double> random buffer");
+                                  r.integer = a[0];
+                                }),
+      operation<void (*)(P)>("fillNdArrayRandom", "o",
+                             [](Model& m, const Values& a, Value&) { fillRandom(m, a[0].node); }),
+      operation<void (*)(P, L)>("fillRandomList", "ol",
+                                [](Model& m, const Values& a, Value&) { fillRandomList(m, a[0].node, a[1]); }),
+  };
+}
+
+}  // namespace model
