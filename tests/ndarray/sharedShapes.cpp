@@ -9,6 +9,12 @@
 
 namespace {
 
+// The shared objects live in the storage of the library under test, which the host must scan as it scans a module.
+const bool kRegistered = [] {
+  host::registerModuleImage(reinterpret_cast<const void*>(&sharedNdArrayShapeMetadata));
+  return true;
+}();
+
 using Pair = std::pair<void*, void*>;  // shape and strides
 
 Pair listsFor(const std::vector<unsigned long>& dims) {
