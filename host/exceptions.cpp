@@ -1,24 +1,29 @@
 // The pending exception of a thread, and the check that a native call left the thread as it found it.
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
 #include "host/lists.h"
 #include "host/threadState.h"
 
 void Vesk_raise(const char* exceptionTypeName, const char* message) {
   host::ThreadState& thread = host::enterOperation("Vesk_raise");
-  if (thread.pending != nullptr) return;  // the first one stands; the entry has noted the second
-  thread.pending = new host::Exception{exceptionTypeName, message};
+  if (thread.pendingType != nullptr) return;  // the first one stands; the entry has noted the second
+  thread.pendingType = strdup(exceptionTypeName);
+  thread.pendingMessage = strdup(message);
   thread.mode = host::ThreadMode::Raised;
 }
 
 namespace host {
 
-bool exceptionPending() { return gThread.pending != nullptr; }
+bool exceptionPending() { return gThread.pendingType != nullptr; }
 
 std::optional<Exception> takeException() {
   ThreadState& thread = gThread;
-  if (thread.pending == nullptr) return std::nullopt;
-  std::optional<Exception> taken = std::move(*thread.pending);
-  delete thread.pending;
-  thread.pending = nullptr;
+  if (thread.pendingType == nullptr) return std::nullopt;
+  std::optional<Exception> taken = Exception{thread.pendingType, thread.pendingMessage};
+  std::free(std::exchange(thread.pendingType, nullptr));
+  std::free(std::exchange(thread.pendingMessage, nullptr));
   if (thread.mode == ThreadMode::Raised) thread.mode = ThreadMode::Attached;
   return taken;
 }

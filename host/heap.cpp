@@ -256,12 +256,13 @@ void listFreePages() {
   }
 }
 
-// Free large blocks beyond a bound lose their memory, not their addresses.
+// Beyond a bound, the large blocks that have been free for longest lose their memory, not their addresses.
 void trimFreeLarge() {
   unsigned long idle = 0;
-  for (Page* page : tables().freeLarge) {
-    idle += page->spanBytes;
-    if (idle > kIdleLargeBytes) madvise(page->base, page->spanBytes, MADV_DONTNEED);
+  const SystemVector<Page*>& pages = tables().freeLarge;
+  for (auto page = pages.rbegin(); page != pages.rend(); ++page) {
+    idle += (*page)->spanBytes;
+    if (idle > kIdleLargeBytes) madvise((*page)->base, (*page)->spanBytes, MADV_DONTNEED);
   }
 }
 
@@ -271,7 +272,7 @@ HeapLock::HeapLock() { pthread_mutex_lock(&gHeapMutex); }
 HeapLock::~HeapLock() { pthread_mutex_unlock(&gHeapMutex); }
 
 unsigned long chargeOf(unsigned long bytes) {
-  if (bytes >= 1UL << 46) return std::numeric_limits<unsigned long>::max();
+  if (bytes >= 1UL << 46) return 1UL << 62;
   bytes += kRedzoneBytes;
   if (bytes <= kLargestCell) return cellBytesOf(sizeClassOf(bytes));
   return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;

@@ -16,7 +16,7 @@ class HeapLock {
   HeapLock& operator=(const HeapLock&) = delete;
 };
 
-// What a request of this many bytes is charged; the largest value when it is beyond any memory.
+// What a request of this many bytes is charged; more than any limit allows when it is beyond all memory.
 unsigned long chargeOf(unsigned long bytes);
 
 // Bytes charged to blocks and to threads' credits. Caller holds the heap lock.

@@ -1,5 +1,6 @@
 // Root slots: a stack per thread, so that releasing the newest is one step and any other order is noticed.
 #include <algorithm>
+#include <cstdlib>
 
 #include "host/stopProcess.h"
 #include "host/threadState.h"
@@ -8,13 +9,11 @@ namespace {
 
 using host::ThreadState;
 
+// By malloc: a replaced operator new that is told to fail must not fail the host.
 void growSlots(ThreadState& thread) {
-  const unsigned long capacity = std::max(64UL, thread.slotCapacity * 2);
-  auto*** slots = new void**[capacity];
-  std::copy_n(thread.slots, thread.slotCount, slots);
-  delete[] thread.slots;
-  thread.slots = slots;
-  thread.slotCapacity = capacity;
+  thread.slotCapacity = std::max(64UL, thread.slotCapacity * 2);
+  thread.slots = static_cast<void***>(std::realloc(thread.slots, thread.slotCapacity * sizeof(void**)));
+  if (thread.slots == nullptr) host::stopProcess("no memory for root slots");
 }
 
 void releaseOutOfOrder(ThreadState& thread, void** slot) {

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdlib>
 
 #include "host/heap.h"
 #include "host/random.h"
@@ -21,8 +22,9 @@ std::atomic<unsigned> gCountingThreads{0};
 void leaveForGood(void* state) {
   auto& thread = *static_cast<ThreadState*>(state);
   giveBackPages(thread);
-  delete[] thread.slots;
-  delete thread.pending;
+  std::free(thread.slots);
+  std::free(thread.pendingType);
+  std::free(thread.pendingMessage);
   thread = {};
   --gCountingThreads;
 }
@@ -64,7 +66,7 @@ void attachThread() {
   ThreadState& thread = gThread;
   if (!thread.counts) beginToCount(thread);
   if (thread.attachDepth++ != 0) return;
-  thread.mode = thread.pending == nullptr ? ThreadMode::Attached : ThreadMode::Raised;
+  thread.mode = thread.pendingType == nullptr ? ThreadMode::Attached : ThreadMode::Raised;
 }
 
 void detachThread() {

@@ -28,7 +28,8 @@ struct ThreadState {
   Failing failing;
   bool failed;
 
-  Exception* pending;
+  char* pendingType;  // of the pending exception, null when there is none; both copied by strdup
+  char* pendingMessage;
   const char* misuse;     // what the module did wrong first since the last check, null when nothing
   const char* misusedIn;  // the operation that noticed it
 

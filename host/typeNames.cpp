@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <unordered_map>
 
@@ -97,9 +98,9 @@ const TypeInfo& findOrIntern(const char* name) {
   NameTables& names = nameTables();
   const std::lock_guard lock(names.mutex);
   if (const auto found = names.types.find(name); found != names.types.end()) return *found->second;
-  const auto* type = new TypeInfo(classify(name, names));
-  names.types.emplace(type->name, type);
-  return *type;
+  auto type = std::make_unique<const TypeInfo>(classify(name, names));
+  names.types.emplace(type->name, type.get());
+  return *type.release();
 }
 
 void countTypeNameUse(const char* operation) { ++enterOperation(operation).tally.typeNames; }
