@@ -24,35 +24,15 @@ constexpr const char* kTooManyElements = "NDArray element count exceeds UInt.MAX
 constexpr const char* kNoDoubleBuffer = "cannot initialize native NDArray<Double>";
 constexpr unsigned long kMaxElements = 0xFFFFFFFF;
 
-// What a constructor knows of its array; the data list comes later.
-struct Description {
-  long long rank;
-  long long size;
-  void* shape;
-  void* strides;
-  long long dim0;
-  long long dim1;
-};
-
-Description describe1D(long long length) {
-  return {
-      1,      length, sharedShape1DArrayListObject(static_cast<unsigned long>(length)), sharedStride1ArrayListObject(),
-      length, 0};
+// One dimension, in shared lists.
+NdArrayMetadata describe1D(long long length, void* data) {
+  void* shape = sharedShape1DArrayListObject(static_cast<unsigned long>(length));
+  return {1, length, shape, sharedStride1ArrayListObject(), data, length, 0, 1};
 }
 
-void describeInMetadata(NdArrayMetadata& meta, const Description& description) {
-  meta.ndim = description.rank;
-  meta.size = description.size;
-  meta.shape = description.shape;
-  meta.strides = description.strides;
-  meta.dim0 = description.dim0;
-  meta.dim1 = description.dim1;
-  meta.prefixValid = 1;
-}
-
-// May allocate: the array and the lists are rooted or cached.
-void describeInFields(void* array, const Description& description) {
-  Vesk_setField_i64(array, "_ndim", description.rank);
+// Everything but the data list. May allocate: the array and the lists are rooted or cached.
+void describeInFields(void* array, const NdArrayMetadata& description) {
+  Vesk_setField_i64(array, "_ndim", description.ndim);
   Vesk_setField_i64(array, "_size", description.size);
   Vesk_setField_ptr(array, "_shape", description.shape);
   Vesk_setField_ptr(array, "_strides", description.strides);
@@ -75,14 +55,8 @@ void* makeListOf(unsigned long count, Make make) {
 }
 
 void initDoubles1D(void* array, long long length, bool zeroFill) {
-  const Description description = describe1D(length);
-  void* data = sharedEmptyArrayListObject();
   ObjectInstance* instance = getObject(array);
-  if (instance != nullptr) {
-    NdArrayMetadata& meta = *ensureNdArrayMetadata(instance);
-    describeInMetadata(meta, description);
-    meta.data = data;
-  }
+  *ensureNdArrayMetadata(instance) = describe1D(length, sharedEmptyArrayListObject());
   // An array that was in use before gets its zeros as well.
   NdArrayDoubleStorage* earlier = currentNdArrayDoubleStorage(instance);
   if (zeroFill && earlier != nullptr) earlier->ready = 0;
@@ -180,6 +154,26 @@ void* makeFilledList(void* array, unsigned long count, void* fill) {
   return makeListOf(count, [fill] { return fill; });
 }
 
+// Everything but the data list; returns the metadata, null for an array without record. May allocate: the array is
+// rooted.
+NdArrayMetadata* describeShape(void* array, ObjectInstance* instance, const std::vector<unsigned long>& extents,
+                               unsigned long count) {
+  void* shape = nullptr;
+  void* strides = nullptr;
+  sharedNdArrayShapeMetadata(extents, shape, strides);
+  const RootSlot shapeSlot(shape);
+  const RootSlot stridesSlot(strides);
+  NdArrayMetadata* meta = instance != nullptr ? ensureNdArrayMetadata(instance) : nullptr;
+  const auto rank = static_cast<long long>(extents.size());
+  const auto dim0 = static_cast<long long>(extents[0]);
+  const auto dim1 = static_cast<long long>(rank > 1 ? extents[1] : 0);
+  void* data = meta != nullptr ? meta->data : nullptr;
+  const NdArrayMetadata description{rank, static_cast<long long>(count), shape, strides, data, dim0, dim1, 1};
+  if (meta != nullptr) *meta = description;
+  if (meta == nullptr) describeInFields(array, description);
+  return meta;
+}
+
 void setData(void* array, NdArrayMetadata* meta, void* data) {
   if (meta != nullptr) {
     meta->data = data;
@@ -207,7 +201,7 @@ void initNdArray1D(void* array, long long length, int zeroFill) {
   if (length <= 0) return Vesk_raise(kValueException, kNonPositiveExtent);
   const RootSlot root(array);
   if (ndArrayUsesNativeDoubleBuffer(array)) return initDoubles1D(array, length, zeroFill != 0);
-  describeInFields(array, describe1D(length));
+  describeInFields(array, describe1D(length, nullptr));
   const RootSlot data(zeroFill != 0 ? makeZeroList(array, static_cast<unsigned long>(length))
                                     : makeRuntimeArrayListOfItems(nullptr, 0));
   Vesk_setField_ptr(array, "_data", data.get());
@@ -223,20 +217,8 @@ void initNdArrayFilled(void* array, void* shapeList, void* fillValue) {
   unsigned long count = 0;
   if (!readExtents(*getListData(shapeList), extents, count)) return;
 
-  void* shape = nullptr;
-  void* strides = nullptr;
-  sharedNdArrayShapeMetadata(extents, shape, strides);
-  const RootSlot shapeSlot(shape);
-  const RootSlot stridesSlot(strides);
-  const auto rank = static_cast<long long>(extents.size());
-  const Description description{
-      rank,    static_cast<long long>(count),      shape,
-      strides, static_cast<long long>(extents[0]), rank > 1 ? static_cast<long long>(extents[1]) : 0};
   ObjectInstance* instance = getObject(array);
-  NdArrayMetadata* meta = instance != nullptr ? ensureNdArrayMetadata(instance) : nullptr;
-  if (meta != nullptr) describeInMetadata(*meta, description);
-  if (meta == nullptr) describeInFields(array, description);
-
+  NdArrayMetadata* meta = describeShape(array, instance, extents, count);
   if (ndArrayUsesNativeDoubleBuffer(array)) {
     setData(array, meta, sharedEmptyArrayListObject());
     fillDoubleBuffer(array, instance, count, fillValue);
@@ -268,9 +250,7 @@ NdArrayDoubleStorage* makeNdArrayDoubles1D(RootSlot& array, const char* typeName
   ObjectInstance* instance = allocateInlineNdArrayDoubleObject(typeName);
   if (instance == nullptr) return fail(kTypeError, "cannot allocate native NDArray<Double>");
   array.set(instance);
-  NdArrayMetadata& meta = *ensureNdArrayMetadata(instance);
-  describeInMetadata(meta, describe1D(count));
-  meta.data = sharedEmptyArrayListObject();
+  *ensureNdArrayMetadata(instance) = describe1D(count, sharedEmptyArrayListObject());
   NdArrayDoubleStorage* storage = ensureNdArrayDoubleStorage(instance);
   if (storage == nullptr) return fail(kTypeError, kNoDoubleBuffer);
   values = sizeNdArrayDoubleStorage(instance, *storage, static_cast<unsigned long>(count));

@@ -28,10 +28,10 @@ using SharedMap = std::unordered_map<unsigned long, Value, std::hash<unsigned lo
 template <class Map>
 class LazyStaticContainer {
  public:
-  LazyStaticContainer() : map_() {}
+  LazyStaticContainer() : map() {}
   ~LazyStaticContainer() {
     if (pthread_mutex_trylock(&gNdArraySharedCacheMutex) != 0) return;
-    map_.clear();
+    map.clear();
     pthread_mutex_unlock(&gNdArraySharedCacheMutex);
   }
   LazyStaticContainer(const LazyStaticContainer&) = delete;
@@ -39,22 +39,22 @@ class LazyStaticContainer {
 
   // The stored value, or null. Caller holds the cache mutex.
   typename Map::mapped_type* find(unsigned long key) {
-    const auto entry = map_.find(key);
-    return entry == map_.end() ? nullptr : &entry->second;
+    const auto entry = map.find(key);
+    return entry == map.end() ? nullptr : &entry->second;
   }
   // Stores the value of an absent key. May allocate: what it holds is rooted. Caller holds the cache mutex.
   void insert(unsigned long key, const typename Map::mapped_type& value) {
     // The table grows on its own before the node is made, since nothing would keep a node alive meanwhile.
-    if (map_.bucket_count() == 1 || map_.size() + 1 > map_.bucket_count()) {
-      map_.rehash(std::max<std::size_t>(13, 2 * map_.bucket_count()));
+    if (map.bucket_count() == 1 || map.size() + 1 > map.bucket_count()) {
+      map.rehash(std::max<std::size_t>(13, 2 * map.bucket_count()));
     }
-    map_.emplace(key, value);
+    map.emplace(key, value);
   }
-  unsigned long size() const { return map_.size(); }
+  unsigned long size() const { return map.size(); }
 
  private:
   union {
-    Map map_;
+    Map map;
   };
 };
 
@@ -69,8 +69,8 @@ constinit std::atomic<void*> gNdArraySharedStride1List{nullptr};
 constinit std::atomic<void*> gNdArraySharedShape1DSmall[kSmallExtents] = {};
 
 // The pair that this thread obtained last.
-constinit thread_local NdArraySharedShape2D recent{nullptr, nullptr};
-constinit thread_local unsigned long recentKey = 0;
+constinit thread_local NdArraySharedShape2D gRecent{nullptr, nullptr};
+constinit thread_local unsigned long gRecentKey = 0;
 
 // The published list, made by `make` under the cache mutex when there is none.
 template <class Make>
@@ -115,11 +115,11 @@ NdArraySharedShape2D shape2DLists(unsigned long rows, unsigned long cols, unsign
 
 NdArraySharedShape2D recentShape2DLists(unsigned long rows, unsigned long cols) {
   const unsigned long key = rows << 32 | cols;
-  if (recent.shapeList == nullptr || recentKey != key) {
-    recent = shape2DLists(rows, cols, key);
-    recentKey = key;
+  if (gRecent.shapeList == nullptr || gRecentKey != key) {
+    gRecent = shape2DLists(rows, cols, key);
+    gRecentKey = key;
   }
-  return recent;
+  return gRecent;
 }
 
 }  // namespace
