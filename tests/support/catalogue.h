@@ -1,7 +1,7 @@
 // Every way through every native, one line of text per scenario, and the making of its arguments from that text.
 #pragma once
 
-#include "support/model.h"
+#include "support/natives.h"
 
 struct Scenario {
   const Native* native;

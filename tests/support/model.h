@@ -1,13 +1,13 @@
 // The slow model: what every native does to language values, restated over snapshots with plain vectors and scalar
-// arithmetic, written to be obviously right and sharing no code with the module. Running a native against it compares
-// results, exceptions and the state of the arguments to the bit.
+// arithmetic, written to be obviously right and sharing no code with the module.
 #pragma once
 
 #include <functional>
+#include <stdexcept>
 
 #include "support/snapshot.h"
 
-// One argument of a native, or the result of one; converts to whatever the native's parameter is.
+// One argument of a native, or the result of one; converts to whatever the parameter is, there and in the model.
 struct Value {
   void* object = nullptr;
   Ref node = nullptr;
@@ -17,6 +17,7 @@ struct Value {
   std::vector<double> values = {};
 
   operator void*() const { return object; }
+  operator Ref() const { return node; }
   operator long long() const { return integer; }
   operator int() const { return static_cast<int>(integer); }
   operator double() const { return real; }
@@ -25,93 +26,81 @@ struct Value {
 };
 using Values = std::vector<Value>;
 
-struct Outcome {
-  Value result;
-  std::string raised;  // "ValueException: shape mismatch", "std::bad_alloc"; empty for success
-};
-
 // The model of one call. What the host may decline to make (native storage, packed lists, inline arrays, the random
-// buffer) is unavailable where bit k of `unavailable` is set for the kth such request.
+// buffer) is unavailable where bit k of `declined` is set for the kth such request.
 struct Model {
   World& world;
-  unsigned unavailable = 0;
-  unsigned requests = 0;
+  unsigned declined = 0;
 
-  bool available() { return (unavailable >> requests++ & 1U) == 0; }
+  bool available() {
+    const bool answer = (declined & 1U) == 0;
+    declined >>= 1;
+    return answer;
+  }
+};
+
+// An exception that the model expects; `returned` is what the native returns all the same.
+struct Raised : std::runtime_error {
+  Raised(const std::string& type, const std::string& message, Ref result = nullptr)
+      : std::runtime_error(type + ": " + message), returned(result) {}
+  Ref returned;
 };
 
 struct Operation {
   std::string name;
   std::string parameters;  // o object, l integer, i flag, d double, s type name, v doubles
   std::function<Value(void* entry, const Values& arguments)> call;
-  std::function<void(Model& model, const Values& arguments, Value& result)> model;
+  std::function<Value(Model& model, const Values& arguments)> model;
 };
-
-// Calls a native of any type with as many of the arguments as it takes.
-template <class R, class... A>
-Value callTyped(R (*native)(A...), const Values& arguments) {
-  return [&]<std::size_t... I>(std::index_sequence<I...>) {
-    Value result;
-    if constexpr (std::is_void_v<R>)
-      native(arguments[I]...);
-    else if constexpr (std::is_same_v<R, double>)
-      result.real = native(arguments[I]...);
-    else
-      result.object = native(arguments[I]...);
-    return result;
-  }
-  (std::index_sequence_for<A...>{});
-}
-
-namespace model {
+// The operations that the exported names lead to, by name.
 std::vector<Operation> elementwiseOperations();
 std::vector<Operation> arrayOperations();
-}  // namespace model
 
-struct Native {
-  std::string name;
-  const Operation* operation;
-  void* entry;
-};
+// ---- A row from the function that models an operation: its native has the same parameters, with pointers for nodes.
 
-// Every native of the loaded module, after the list of exported names.
-const std::vector<Native>& natives();
-const host::Module& theModule();
+template <class T>
+using NativeType = std::conditional_t<std::is_same_v<T, Ref>, void*, T>;
 
-// Which allocation during a call fails: of the host's collector memory or of operator new.
-struct Fault {
-  enum class Of { Nothing, Host, Native };
-  Of of = Of::Nothing;
-  unsigned long nth = 1;
-  bool forEver = false;
-  bool happened = false;  // set by the call
-};
+template <class T>
+constexpr char codeOf() {
+  if (std::is_same_v<T, Ref>) return 'o';
+  if (std::is_same_v<T, double>) return 'd';
+  if (std::is_integral_v<T>) return std::is_same_v<T, int> ? 'i' : 'l';
+  return std::is_same_v<T, const char*> ? 's' : 'v';
+}
 
-// Calls the native under the fault; says what it threw or raised and whether it left slots or locks behind.
-Outcome callNative(const Native& native, const Values& arguments, Fault* fault = nullptr);
+inline void store(Value& value, void* object) { value.object = object; }
+inline void store(Value& value, Ref node) { value.node = node; }
+inline void store(Value& value, double real) { value.real = real; }
 
-// What the model expects of a call that follows. With a fault, the host may also decline any of the first requests for
-// something that it may decline.
-class Expectation {
- public:
-  Expectation(const Native& native, const Values& arguments, bool withFault = false);
-  // How the call differed from what was expected; empty when it did not. After a fault std::bad_alloc is fine too, if
-  // the arguments kept their values.
-  std::string difference(const Outcome& actual, bool faultHappened = false) const;
+template <std::size_t... I, class Function>
+Value applied(std::index_sequence<I...>, const Values& arguments, Function function) {
+  Value result;
+  if constexpr (std::is_void_v<decltype(function(arguments[I]...))>)
+    function(arguments[I]...);
+  else
+    store(result, function(arguments[I]...));
+  return result;
+}
 
- private:
-  struct View {  // the arguments as they were, and what the model made of them
-    World world;
-    Values arguments;
-    Outcome outcome;
+template <class R, class... A>
+Operation operation(const char* name, const std::function<R(Model&, A...)>& model) {
+  using Each = std::index_sequence_for<A...>;
+  const auto call = [](void* entry, const Values& arguments) {
+    return applied(Each{}, arguments, reinterpret_cast<NativeType<R> (*)(NativeType<A>...)>(entry));
   };
-  std::string differenceFrom(const View& view, const Outcome& actual) const;
-  std::string changedValues() const;
-
-  const Native& native_;
-  std::deque<View> views_;  // the first one is untouched
-};
-
-// One call against the model; what it returned is kept.
-std::string checkCall(const Native& native, const Values& arguments, Fault* fault = nullptr,
-                      Outcome* outcome = nullptr);
+  const auto modelled = [model](Model& m, const Values& arguments) {
+    return applied(Each{}, arguments, [&](A... each) { return model(m, each...); });
+  };
+  return {name, {codeOf<A>()...}, call, modelled};
+}
+template <class R, class... A>
+Operation operation(const char* name, R (*model)(Model&, A...)) {
+  return operation(name, std::function<R(Model&, A...)>(model));
+}
+// One of a family whose functions share a model.
+template <class Op, class... A>
+Operation operation(const Op& op, Ref (*model)(Model&, const Op&, A...)) {
+  return operation(
+      op.name, std::function<Ref(Model&, A...)>([&op, model](Model& m, A... each) { return model(m, op, each...); }));
+}

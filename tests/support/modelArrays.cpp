@@ -54,14 +54,15 @@ double plainSum(Model& m, Ref array, bool caches) {
     total = orderedSum(buffer->values);
     if (caches) buffer->sum = total, buffer->sumValid = true;
   } else if (Ref list = array->data) {
-    for (std::size_t i = 0; i < lengthOf(list); ++i) {
-      if (list->packed == 0 && (list->items[i] == nullptr || list->items[i]->kind != Kind::Box))
-        raise("TypeError", "sum expects numeric NDArray items");
+    for (Ref item : list->items)
+      if (item == nullptr || item->kind != Kind::Box) raise("TypeError", "sum expects numeric NDArray items");
+    for (std::size_t i = 0; i < lengthOf(list); ++i)
       total += list->packed != 0 ? doubleAt(list, i) : doubleOf(list->items[i]);
-    }
   }
   return total;
 }
+double sumAsDouble(Model& m, Ref array) { return plainSum(m, array, true); }
+double sumAsFloat(Model& m, Ref array) { return plainSum(m, array, false); }
 
 // Stable insertion up to 32 values (a NaN stays in its place), above that the standard sort with NaNs behind.
 template <class T, class Key>
@@ -75,7 +76,7 @@ void sortBy(std::vector<T>& values, Key key) {
     for (std::size_t j = i; j > 0 && less(values[j], values[j - 1]); --j) std::swap(values[j], values[j - 1]);
 }
 
-void sort(Model& m, Ref array) {
+void sort1D(Model& m, Ref array) {
   if (array == nullptr) return;
   if (Buffer* buffer = bufferOf(m, array)) return sortBy(buffer->values, [](double x) { return x; });
   Ref list = array->data;
@@ -88,6 +89,12 @@ void sort(Model& m, Ref array) {
   if (list->packed != 0) return std::sort(list->elements.begin(), list->elements.end());
   if (profileOf(list).reading == Reading::Floating) return sortBy(list->items, doubleOf);
   sortBy(list->items, integerOf);
+}
+
+Ref sort(Model& m, Ref array) {
+  if (array != nullptr && array->ndim != 1)
+    throw Raised("ValueException", "sort() without axis requires a 1D NDArray", array);
+  return sort1D(m, array), array;
 }
 
 Ref matmul(Model& m, Ref a, Ref b) {
@@ -191,58 +198,93 @@ long long flat2D(Ref array, long long row, long long column) {
   checkIndex(array != nullptr);
   if (array->ndim != 2) raise("ValueException", "2D indexing used on non-2D NDArray");
   if (array->hasMetadata && !array->prefixValid) refreshPrefix(array);
-  const std::vector<long long> shape =
-      array->hasMetadata ? std::vector<long long>(array->prefixValid ? 2 : 0) : extentsOf(array);
-  if (shape.size() < 2) raise("ValueException", "Invalid NDArray shape");
-  const long long rows = array->hasMetadata ? array->dim0 : shape[0];
-  const long long columns = array->hasMetadata ? array->dim1 : shape[1];
-  const U first = wrapIndex(row, rows);
-  return (long long)(first * U(columns) + wrapIndex(column, columns));
+  std::vector<long long> shape = extentsOf(array);
+  if (array->hasMetadata) shape.assign({array->dim0, array->dim1});
+  if (shape.size() < 2 || (array->hasMetadata && !array->prefixValid)) raise("ValueException", "Invalid NDArray shape");
+  const U first = wrapIndex(row, shape[0]);
+  return (long long)(first * U(shape[1]) + wrapIndex(column, shape[1]));
+}
+double get1D(Model& m, Ref array, long long index) {
+  return readFlat(m, array, flat1D(array, index, "1D indexing used on non-1D NDArray"));
+}
+void set1D(Model& m, Ref array, long long index, double value) {
+  writeFlat(m, array, flat1D(array, index, "1D set used on non-1D NDArray"), value);
+}
+double get2D(Model& m, Ref array, long long row, long long column) {
+  return readFlat(m, array, flat2D(array, row, column));
+}
+void set2D(Model& m, Ref array, long long row, long long column, double value) {
+  writeFlat(m, array, flat2D(array, row, column), value);
 }
 
 // ---- Construction and random numbers.
 
+// Rank, size, shape and strides; up to two dimensions the lists are shared. With metadata the extents are remembered.
 void describe(Model& m, Ref array, const std::vector<long long>& shape) {
   std::vector<long long> strides(shape.size(), 1);
+  string name;
   array->size = 1;
-  for (std::size_t i = shape.size(); i-- > 0; array->size *= shape[i]) strides[i] = array->size;
-  const string name = shape.size() == 1
-                          ? std::to_string(shape[0])
-                          : std::to_string(shape[0]) + "x" + std::to_string(shape.size() > 1 ? shape[1] : 0);
+  for (std::size_t i = shape.size(); i-- > 0; array->size *= shape[i]) {
+    strides[i] = array->size;
+    name += " " + std::to_string(shape[i]);
+  }
   const bool isShared = shape.size() <= 2;
   array->ndim = (long long)shape.size();
-  array->shape = boxList(m, shape, isShared ? "shape " + name : "");
-  array->strides = boxList(m, strides, shape.size() == 1 ? "stride" : isShared ? "strides " + name : "");
+  array->shape = boxList(m, shape, isShared ? "shape" + name : "");
+  array->strides = boxList(m, strides, shape.size() == 1 ? "stride" : isShared ? "strides" + name : "");
+  if (array->hasMetadata) refreshPrefix(array);
 }
 
-Buffer& newBufferArray(Model& m, Value& result, const Value& type, long long count) {
+// A new one-dimensional array with a ready buffer whose values and sum are still to come.
+Ref newBufferArray(Model& m, const char* type, long long count) {
   if (count <= 0) raise("ValueException", kBadExtent);
-  if (!type.text) throw std::logic_error("");
+  if (type == nullptr) throw std::logic_error("no type name");
   if (!m.available()) raise("TypeError", "cannot allocate native NDArray<Double>");
-  Ref array = m.world.make(Kind::Array, *type.text);
+  Ref array = m.world.make(Kind::Array, type);
+  array->hasMetadata = true;
   describe(m, array, {count});
   array->data = boxList(m, {}, "empty");
-  array->hasMetadata = true;
-  refreshPrefix(array);
-  result.node = array;
-  return array->buffer.emplace(Buffer{U(count), count > 32, true, true, false, 0, {}});
+  array->buffer = Buffer{U(count), count > 32, true, true, false, 0, {}};
+  return array;
 }
 
-void init1D(Model& m, Ref array, long long length, bool zero) {
+Ref fromDoubles(Model& m, const char* type, const double* values, long long count, double total) {
+  if (values == nullptr && count > 0) return nullptr;
+  Ref array = newBufferArray(m, type, count);
+  array->buffer->values.assign(values, values + count);
+  array->buffer->sum = total;
+  return array;
+}
+
+Ref random1D(Model& m, const char* type, long long length) {
+  Ref array = newBufferArray(m, type, length);
+  array->buffer->random = true;
+  return array;
+}
+
+// Bare memory with the sum behind the values.
+Ref randomBuffer(Model& m, long long count) {
+  if (count <= 0) raise("ValueException", kBadExtent);
+  if (!m.available()) raise("OutOfMemoryError", "Cannot allocate NDArray<Double> random buffer");
+  Ref memory = m.world.make(Kind::Other, "");
+  memory->buffer = Buffer{U(count), false, true, true, true, 0, {}};
+  return memory;
+}
+
+void init1D(Model& m, Ref array, long long length, int flag) {
+  const bool zero = flag != 0;
   if (array == nullptr) return;
   if (length <= 0) raise("ValueException", kBadExtent);
+  array->hasMetadata |= usesBuffer(array);
+  describe(m, array, {length});
   if (!usesBuffer(array)) {
-    describe(m, array, {length});
-    if (array->hasMetadata) refreshPrefix(array);
+    const string type = elementTypeOf(array->type);
     array->data = newList(m);
-    const string type = elementTypeOf(array->type).empty() ? "Int" : elementTypeOf(array->type);
-    for (long long i = 0; zero && i < length; ++i) array->data->items.push_back(newBox(m, type, 0));
+    for (long long i = 0; zero && i < length; ++i)
+      array->data->items.push_back(newBox(m, type.empty() ? "Int" : type, 0));
     return;
   }
-  describe(m, array, {length});
   array->data = boxList(m, {}, "empty");
-  array->hasMetadata = true;
-  refreshPrefix(array);
   Buffer* buffer = bufferOf(m, array, false, zero);
   if (buffer == nullptr) raise("TypeError", kNoBuffer);
   if (zero) buffer->values.assign(size_t(length), 0.0);
@@ -254,19 +296,16 @@ void initFilled(Model& m, Ref array, Ref shapeList, Ref fill) {
   if (array == nullptr) return;
   if (shapeList == nullptr || lengthOf(shapeList) == 0)
     raise("ValueException", "shape must contain at least one dimension");
-  std::vector<long long> shape;
-  for (std::size_t i = 0; i < lengthOf(shapeList); ++i) {
-    shape.push_back(extentAt(shapeList, i));
-    if (shape.back() <= 0) raise("ValueException", kBadExtent);
-  }
+  const std::vector<long long> shape = extentsOf(shapeList);
   long long count = 1;
+  for (long long extent : shape)
+    if (extent <= 0) raise("ValueException", kBadExtent);
   for (long long extent : shape) {
     if (extent > kMaxCount || kMaxCount / extent < count) raise("ValueException", kTooLarge);
     count *= extent;
   }
-  describe(m, array, shape);
   array->hasMetadata = true;
-  refreshPrefix(array);
+  describe(m, array, shape);
   if (usesBuffer(array)) {
     array->data = boxList(m, {}, "empty");
     Buffer& buffer = resultBuffer(m, array, kNoBuffer);
@@ -276,31 +315,28 @@ void initFilled(Model& m, Ref array, Ref shapeList, Ref fill) {
     return;
   }
   const string type = elementTypeOf(array->type);
-  const bool primitive =
-      std::find(std::begin(kElementKindNames) + 1, std::end(kElementKindNames), type) != std::end(kElementKindNames);
-  Ref list = primitive ? newPackedList(m, type) : nullptr;
+  const auto end = std::end(kElementKindNames);
+  Ref list = std::find(std::begin(kElementKindNames) + 1, end, type) != end ? newPackedList(m, type) : nullptr;
   if (list == nullptr) list = newList(m, std::vector<Ref>(size_t(count), fill));
-  const Number value = list->packed == kFloat    ? static_cast<float>(doubleOf(fill))
-                       : list->packed == kDouble ? doubleOf(fill)
-                                                 : narrow(list->packed, integerOf(fill));
-  if (list->packed != 0) list->elements.assign(size_t(count), value);
+  if (list->packed != 0)
+    list->elements.assign(size_t(count), isFloatingKind(list->packed) ? packedReal(list->packed, doubleOf(fill))
+                                                                      : narrow(list->packed, integerOf(fill)));
   array->data = list;
 }
 
-void fillRandomList(Model& m, Ref list, long long count) {
+void fillRandomList(Model& m, Ref list, long long signedCount) {
   if (list == nullptr) return;
-  if (count < 0) raise("ValueException", "random fill count must be non-negative");
+  if (signedCount < 0) raise("ValueException", "random fill count must be non-negative");
   if (list->packed != 0 && !isFloatingKind(list->packed))
     raise("TypeError", "random fill requires a floating-point list");
+  const std::size_t count = size_t(signedCount);
   const string boxType = elementTypeOf(list->type) == "Float" ? "Float" : "Double";
-  if (lengthOf(list) < size_t(count))
-    list->packed != 0 ? list->elements.resize(size_t(count)) : list->items.resize(size_t(count));
-  for (std::size_t i = 0; i < size_t(count); ++i) {
+  if (list->packed != 0) list->elements.resize(std::max(count, lengthOf(list)));
+  if (list->packed == 0) list->items.resize(std::max(count, lengthOf(list)));
+  for (std::size_t i = 0; i < count; ++i) {
     const double value = static_cast<double>(nextFastRandomU64() >> 11) * 0x1p-53;
-    if (list->packed == 0)
-      list->items[i] = newBox(m, boxType, value);
-    else
-      list->elements[i] = list->packed == kFloat ? static_cast<float>(value) : value;
+    if (list->packed == 0) list->items[i] = newBox(m, boxType, value);
+    if (list->packed != 0) list->elements[i] = packedReal(list->packed, value);
   }
 }
 
@@ -312,81 +348,29 @@ void fillRandom(Model& m, Ref array) {
 }
 
 }  // namespace
+}  // namespace model
 
 std::vector<Operation> arrayOperations() {
-  using L = long long;
-  using P = void*;
-  const auto object = [](Ref (*model)(Model&, Ref)) {
-    return [model](Model& m, const Values& a, Value& result) { result.node = model(m, a[0].node); };
-  };
+  using namespace model;
   return {
-      operation<P (*)(P)>("sumNdArray", "o", object(sum)),
-      operation<double (*)(P)>("sumNdArrayAsDouble", "o",
-                               [](Model& m, const Values& a, Value& r) { r.real = plainSum(m, a[0].node, true); }),
-      operation<double (*)(P)>("sumNdArrayAsFloat", "o",
-                               [](Model& m, const Values& a, Value& r) { r.real = plainSum(m, a[0].node, false); }),
-      operation<P (*)(P)>("sortNdArray", "o",
-                          [](Model& m, const Values& a, Value& r) {
-                            r.node = a[0].node;
-                            if (r.node != nullptr && r.node->ndim != 1)
-                              raise("ValueException", "sort() without axis requires a 1D NDArray");
-                            sort(m, r.node);
-                          }),
-      operation<void (*)(P)>("sortNdArray1D", "o", [](Model& m, const Values& a, Value&) { sort(m, a[0].node); }),
-      operation<P (*)(P, P)>("multiplyNdArrays", "oo",
-                             [](Model& m, const Values& a, Value& r) { r.node = matmul(m, a[0].node, a[1].node); }),
-      operation<P (*)(P, L)>("getNdArrayFlat", "ol",
-                             [](Model& m, const Values& a, Value& r) { r.node = getFlat(m, a[0].node, a[1]); }),
-      operation<void (*)(P, L, P)>("setNdArrayFlat", "olo",
-                                   [](Model& m, const Values& a, Value&) { setFlat(m, a[0].node, a[1], a[2].node); }),
-      operation<double (*)(P, L)>("getNdArrayDouble1D", "ol",
-                                  [](Model& m, const Values& a, Value& r) {
-                                    const L flat = flat1D(a[0].node, a[1], "1D indexing used on non-1D NDArray");
-                                    r.real = readFlat(m, a[0].node, flat);
-                                  }),
-      operation<double (*)(P, L, L)>("getNdArrayDouble2D", "oll",
-                                     [](Model& m, const Values& a, Value& r) {
-                                       const L flat = flat2D(a[0].node, a[1], a[2]);
-                                       r.real = readFlat(m, a[0].node, flat);
-                                     }),
-      operation<void (*)(P, L, double)>("setNdArrayDouble1D", "old",
-                                        [](Model& m, const Values& a, Value&) {
-                                          const L flat = flat1D(a[0].node, a[1], "1D set used on non-1D NDArray");
-                                          writeFlat(m, a[0].node, flat, a[2]);
-                                        }),
-      operation<void (*)(P, L, L, double)>("setNdArrayDouble2D", "olld",
-                                           [](Model& m, const Values& a, Value&) {
-                                             const L flat = flat2D(a[0].node, a[1], a[2]);
-                                             writeFlat(m, a[0].node, flat, a[3]);
-                                           }),
-      operation<void (*)(P, L, int)>(
-          "initNdArray1D", "oli", [](Model& m, const Values& a, Value&) { init1D(m, a[0].node, a[1], a[2].integer != 0); }),
-      operation<void (*)(P, P, P)>(
-          "initNdArrayFilled", "ooo",
-          [](Model& m, const Values& a, Value&) { initFilled(m, a[0].node, a[1].node, a[2].node); }),
-      operation<P (*)(const char*, const double*, L, double)>(
-          "makeNdArrayFromDoubles", "svld",
-          [](Model& m, const Values& a, Value& r) {
-            if (a[1].values.empty() && a[2].integer > 0) return;
-            Buffer& buffer = newBufferArray(m, r, a[0], a[2]);
-            buffer.values.assign(a[1].values.begin(), a[1].values.begin() + a[2].integer);
-            buffer.sum = a[3];
-          }),
-      operation<P (*)(const char*, L)>(
-          "makeRandomNdArray1D", "sl",
-          [](Model& m, const Values& a, Value& r) { newBufferArray(m, r, a[0], a[1]).random = true; }),
-      operation<double* (*)(L)>("makeRandomDoubleBuffer", "l",
-                                [](Model& m, const Values& a, Value& r) {
-                                  if (a[0].integer <= 0) raise("ValueException", kBadExtent);
-                                  if (!m.available())
-                                    raise("OutOfMemoryError", "Cannot allocate NDArray<Double> random buffer");
-                                  r.integer = a[0];
-                                }),
-      operation<void (*)(P)>("fillNdArrayRandom", "o",
-                             [](Model& m, const Values& a, Value&) { fillRandom(m, a[0].node); }),
-      operation<void (*)(P, L)>("fillRandomList", "ol",
-                                [](Model& m, const Values& a, Value&) { fillRandomList(m, a[0].node, a[1]); }),
+      operation("sumNdArray", sum),
+      operation("sumNdArrayAsDouble", sumAsDouble),
+      operation("sumNdArrayAsFloat", sumAsFloat),
+      operation("sortNdArray", sort),
+      operation("sortNdArray1D", sort1D),
+      operation("multiplyNdArrays", matmul),
+      operation("getNdArrayFlat", getFlat),
+      operation("setNdArrayFlat", setFlat),
+      operation("getNdArrayDouble1D", get1D),
+      operation("getNdArrayDouble2D", get2D),
+      operation("setNdArrayDouble1D", set1D),
+      operation("setNdArrayDouble2D", set2D),
+      operation("initNdArray1D", init1D),
+      operation("initNdArrayFilled", initFilled),
+      operation("makeNdArrayFromDoubles", fromDoubles),
+      operation("makeRandomNdArray1D", random1D),
+      operation("makeRandomDoubleBuffer", randomBuffer),
+      operation("fillNdArrayRandom", fillRandom),
+      operation("fillRandomList", fillRandomList),
   };
 }
-
-}  // namespace model

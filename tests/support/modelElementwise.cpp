@@ -66,11 +66,8 @@ Ref arithmetic(Model& m, const Arithmetic& op, Ref lhs, Ref rhs) {
     if (out == nullptr) raise("TypeError", "cannot initialize primitive NDArray result");
     for (std::size_t i = 0; i < lengthOf(left); ++i) {
       const double real = floating ? op.real(doubleAt(left, i), doubleAt(right, i)) : 0;
-      if (isFloatingKind(out->packed))
-        out->elements.push_back(out->packed == kFloat ? static_cast<float>(real) : real);
-      else
-        out->elements.push_back(
-            narrow(out->packed, floating ? toInteger(real) : op.integer(integerAt(left, i), integerAt(right, i))));
+      const long long whole = floating ? toInteger(real) : op.integer(integerAt(left, i), integerAt(right, i));
+      out->elements.push_back(isFloatingKind(out->packed) ? packedReal(out->packed, real) : narrow(out->packed, whole));
     }
     return result;
   }
@@ -222,27 +219,13 @@ Ref floatFunction2(Model& m, const FloatFunction2& op, Ref array, Ref other) {
 }
 
 }  // namespace
+}  // namespace model
 
 std::vector<Operation> elementwiseOperations() {
-  using Unary = void* (*)(void*);
-  using Binary = void* (*)(void*, void*);
   std::vector<Operation> all;
-  for (const Arithmetic& op : kArithmetic)
-    all.push_back(operation<Binary>(op.name, "oo", [&op](Model& m, const Values& a, Value& result) {
-      result.node = arithmetic(m, op, a[0].node, a[1].node);
-    }));
-  for (const Preserving& op : kPreserving)
-    all.push_back(operation<Unary>(
-        op.name, "o", [&op](Model& m, const Values& a, Value& result) { result.node = preserving(m, op, a[0].node); }));
-  for (const FloatFunction& op : gFloatFunctions)
-    all.push_back(operation<Unary>(op.name, "o", [&op](Model& m, const Values& a, Value& result) {
-      result.node = floatFunction(m, op, a[0].node);
-    }));
-  for (const FloatFunction2& op : gFloatFunctions2)
-    all.push_back(operation<Binary>(op.name, "oo", [&op](Model& m, const Values& a, Value& result) {
-      result.node = floatFunction2(m, op, a[0].node, a[1].node);
-    }));
+  for (const auto& op : model::kArithmetic) all.push_back(operation(op, model::arithmetic));
+  for (const auto& op : model::kPreserving) all.push_back(operation(op, model::preserving));
+  for (const auto& op : model::gFloatFunctions) all.push_back(operation(op, model::floatFunction));
+  for (const auto& op : model::gFloatFunctions2) all.push_back(operation(op, model::floatFunction2));
   return all;
 }
-
-}  // namespace model

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <stdexcept>
 
 #include "runtime/elementKinds.h"
 #include "support/model.h"
@@ -16,10 +15,7 @@ using std::string;
 using U = unsigned long long;
 inline constexpr int kFloat = 9, kDouble = 10, kBoolean = 11;
 
-struct Raised : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-[[noreturn]] inline void raise(const string& type, const string& message) { throw Raised(type + ": " + message); }
+[[noreturn]] inline void raise(const string& type, const string& message) { throw Raised(type, message); }
 
 // ---- Numbers.
 
@@ -48,6 +44,8 @@ inline Number narrow(int kind, long long value) {
       return static_cast<Number>(value);
   }
 }
+
+inline Number packedReal(int kind, double value) { return kind == kFloat ? static_cast<float>(value) : value; }
 
 // The sum in the order of this processor's kernels; of products it is the dot product.
 inline double orderedSum(const std::vector<double>& terms) {
@@ -245,10 +243,11 @@ inline void refreshPrefix(Ref array) {
   array->prefixValid = true;
 }
 
-inline std::vector<long long> extentsOf(Ref array) {
+// Of an array, or of a shape list itself.
+inline std::vector<long long> extentsOf(Ref node) {
+  Ref shape = node->kind == Kind::List ? node : node->shape;
   std::vector<long long> extents;
-  for (std::size_t i = 0; array->shape != nullptr && i < lengthOf(array->shape); ++i)
-    extents.push_back(extentAt(array->shape, i));
+  for (std::size_t i = 0; shape != nullptr && i < lengthOf(shape); ++i) extents.push_back(extentAt(shape, i));
   return extents;
 }
 
@@ -282,16 +281,6 @@ inline Buffer& resultBuffer(Model& m, Ref result,
 inline Ref dataOf(Ref array) {
   if (array->data == nullptr) raise("TypeError", "Invalid NDArray instance");
   return array->data;
-}
-
-// ---- The table: a row per operation, typed after the native that it stands for.
-
-template <class Function>
-Operation operation(const char* name, const char* parameters,
-                    std::function<void(Model&, const Values&, Value&)> modelled) {
-  return {name, parameters,
-          [](void* entry, const Values& a) { return callTyped(reinterpret_cast<Function>(entry), a); },
-          std::move(modelled)};
 }
 
 }  // namespace model

@@ -61,21 +61,14 @@ class Comparison {
   // `before` holds the objects that existed before the call; `expected` nodes without an address must be new ones.
   explicit Comparison(const World& before) : before_(before) {}
   void compare(const std::string& path, const Node* expected, const Node* actual);
-  // Where the two differ; empty when they agree.
+  // Where the two differ first; empty when they agree.
   const std::string& difference() const { return difference_; }
 
  private:
-  template <class T>
-  void same(const std::string& path, const T& expected, const T& actual);
-  void compareIdentity(const std::string& path, const Node& expected, const Node& actual);
-  void compareBuffers(const std::string& path, const Buffer& expected, const Buffer& actual);
+  void differ(const std::string& text) { difference_ = difference_.empty() ? text : difference_; }
+  bool isRightObject(const Node& expected, const Node& actual);
 
   const World& before_;
-  std::map<const Node*, const Node*> pairs_;
-  std::map<const Node*, const Node*> reverse_;
+  std::map<const Node*, const Node*> pairs_, reverse_;  // expected to actual nodes, and back
   std::string difference_;
 };
-
-bool sameNumber(Number x, Number y);
-// Uniform doubles in [0, 1), with their sum as the random natives take it.
-bool areUniform(const std::vector<double>& values, double sum);
