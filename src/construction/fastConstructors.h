@@ -5,16 +5,19 @@
 #include "runtime/rootSlot.h"
 
 // Makes `array` one-dimensional of the given length, zero-filled or with its elements left to the caller; nothing for
-// null. Raises ValueException for lengths below 1. May allocate; roots the array.
+// null. Raises ValueException for lengths below 1 and TypeError when the host makes no native storage. May allocate;
+// roots the array. Throws std::bad_alloc, std::system_error, std::logic_error (no type name).
 void initNdArray1D(void* array, long long length, int zeroFill);
 
 // Makes `array` an array of the extents in `shapeList` with every element equal to `fillValue` (a number box, or any
 // object when the element type is not a number); nothing for a null array. Raises ValueException for a missing, empty,
-// non-positive or oversized shape. May allocate; roots its arguments.
+// non-positive or oversized shape and TypeError when the host makes no native storage. May allocate; roots its
+// arguments. Throws as above.
 void initNdArrayFilled(void* array, void* shapeList, void* fillValue);
 
 // A new one-dimensional array of the full type name over a copy of `count` doubles whose sum the caller vouches for;
-// null after raising, or for null values. `values` stays alive through the caller. May allocate.
+// null after raising, or for null values. `values` stays alive through the caller. May allocate. Raises and throws as
+// makeNdArrayDoubles1D.
 void* makeNdArrayFromDoubles(const char* typeName, const double* values, long long count, double sum);
 
 // What the two constructors of whole arrays of doubles share: in `array`, a new one-dimensional array of the full type

@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <cstring>
-#include <stdexcept>
 #include <string>
 
+#include "construction/fastConstructors.h"
 #include "construction/uniformGenerator.h"
 #include "ndarray/recognition.h"
 #include "ndarray/sharedShapes.h"
@@ -31,19 +31,6 @@ UniformGenerator& threadGenerator() {
     gThreadGeneratorSeeded = true;
   }
   return generator;
-}
-
-// Describes a new array of one dimension over a native buffer. May allocate: the array is rooted by the caller.
-void describe1D(ObjectInstance* instance, unsigned long length) {
-  NdArrayMetadata& meta = *ensureNdArrayMetadata(instance);
-  meta.ndim = 1;
-  meta.size = static_cast<long long>(length);
-  meta.shape = sharedShape1DArrayListObject(length);
-  meta.strides = sharedStride1ArrayListObject();
-  meta.data = sharedEmptyArrayListObject();
-  meta.dim0 = static_cast<long long>(length);
-  meta.dim1 = 0;
-  meta.prefixValid = 1;
 }
 
 void storeSum(NdArrayDoubleStorage& storage, double sum) {
@@ -117,19 +104,13 @@ double fillNdArrayUniformRandom(NdArrayDoubleBufferView view) {
 }
 
 void* makeRandomNdArray1D(const char* typeName, long long length) {
-  if (length <= 0) return raiseNull(kValueException, kNoElements);
-  if (typeName == nullptr) throw std::logic_error("null type name");
-  ObjectInstance* instance = allocateInlineNdArrayDoubleObject(typeName);
-  if (instance == nullptr) return raiseNull(kTypeError, "cannot allocate native NDArray<Double>");
-  const RootSlot array(instance);
-  const auto count = static_cast<unsigned long>(length);
-  describe1D(instance, count);
-  NdArrayDoubleStorage* storage = ensureNdArrayDoubleStorage(instance);
-  if (storage == nullptr) return raiseNull(kTypeError, "cannot initialize native NDArray<Double>");
-  double* values = sizeNdArrayDoubleStorage(instance, *storage, count);
-  storeSum(*storage, fillNdArrayUniformRandom({values, count}));
+  RootSlot array;
+  double* values = nullptr;
+  NdArrayDoubleStorage* storage = makeNdArrayDoubles1D(array, typeName, length, values);
+  if (storage == nullptr) return nullptr;
+  storeSum(*storage, fillNdArrayUniformRandom({values, static_cast<unsigned long>(length)}));
   storage->ready = 1;
-  return instance;
+  return array.get();
 }
 
 void* makeRandomDoubleBuffer(long long count) {
@@ -152,12 +133,8 @@ void fillNdArrayRandom(void* array) {
     return;
   }
   const RootSlot arraySlot(array);
-  RootSlot data(Vesk_getField_ptr(array, "_data"));
+  const RootSlot data(writableNdArrayDataList(array));
   if (data.get() == nullptr) return;
-  if (data.get() == sharedEmptyArrayListObject()) {  // never written to: every array without a list of its own has it
-    data.set(makeRuntimeArrayListOfItems(nullptr, 0));
-    Vesk_setField_ptr(array, "_data", data.get());
-  }
   fillRandomList(data.get(), Vesk_getField_i64(array, "_size"));
 }
 
@@ -169,7 +146,7 @@ void fillRandomList(void* list, long long count) {
   if (count < 0) return Vesk_raise(kValueException, "random fill count must be non-negative");
   const auto length = static_cast<unsigned long>(count);
   if (!makeRoomForRandom(data, length)) return;
-  const bool asFloat = firstGenericArgShortType(Vesk_objectTypeName(list)) == "Float";
+  const bool asFloat = firstGenericArgShortType(runtimeTypeNameOf(list)) == "Float";
   visitElementKind(
       data.primitiveKind,
       [&](auto kind) {

@@ -30,5 +30,6 @@ double reduceSumBaseline(const double* values, unsigned long length) {
 }
 
 double reduceSumBuffer(const double* values, unsigned long length) {
+  if (length < 4) return addInOrder(0.0, values, 0, length);
   return ndArrayCanUseAvx2() ? reduceSumAvx2(values, length) : reduceSumBaseline(values, length);
 }

@@ -29,7 +29,7 @@ NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage);
 double* allocateNdArrayDoubleBuffer(unsigned long count);
 
 // Sizes the storage of an object under construction for `count` values and returns where they go: inline up to 32,
-// else heap values, which are reused when they already fit. Flags other than `heapAllocated` are left alone. The
-// finalizer is registered before a heap array is allocated. May allocate: the object is rooted by the caller. Throws
-// std::bad_alloc.
+// else heap values, which are reused when they already fit. A change of place or count makes the storage not
+// ready. The finalizer is registered before a heap array is allocated. May allocate: the object is rooted by the
+// caller. Throws std::bad_alloc.
 double* sizeNdArrayDoubleStorage(ObjectInstance* instance, NdArrayDoubleStorage& storage, unsigned long count);

@@ -13,9 +13,9 @@
 void* createNdArrayResultLike(void* source, const std::string& typeName, unsigned long slotCount, ListData*& dataList);
 void* createNdArrayResultLike(void* source, const char* typeName, unsigned long slotCount, ListData*& dataList);
 
-// Fills the metadata of a new array from `source` (rank, size, shape, strides and the cached extents); `data` is the
-// source's own until the caller replaces it. May allocate only through the field operations of a source without
-// metadata.
+// Fills the metadata of a new array from `source` (rank, size, shape, strides and the cached extents); the caller sets
+// `data`, which may be the source's own until then. Takes the shape list's lock of a source without metadata. Never
+// allocates; throws std::system_error.
 void copyNdArrayDescription(NdArrayMetadata& meta, void* source);
 
 // Makes, in `result`, an array like `source` of the given full type name with `count` null items and a native buffer

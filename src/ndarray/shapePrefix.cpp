@@ -15,6 +15,6 @@ void refreshNdArrayShapePrefix(NdArrayMetadata& meta) {
   const unsigned long count = listLogicalSize(list);
   if (meta.ndim < 1 || count < (meta.ndim == 1 ? 1UL : 2UL)) return;
   meta.dim0 = shapeElement(list, 0);
-  meta.dim1 = shapeElement(list, 1);  // a one-dimensional array may have it too when its list is longer than its rank
+  if (count > 1) meta.dim1 = shapeElement(list, 1);  // also of a one-dimensional array with a longer list
   meta.prefixValid = 1;
 }

@@ -144,7 +144,8 @@ void* makeRuntimeArrayListOfItems(void* const* items, unsigned long count) {
 }
 
 void* makeRuntimeArrayListWithItems(const std::vector<void*, VeskGcAllocator<void*>>& items) {
-  return makeRuntimeArrayListOfItems(items.data(), items.size());
+  const std::vector<void*> plain(items.begin(), items.end());  // nothing keeps the items' own buffer from a collection
+  return makeRuntimeArrayListOfItems(plain.data(), plain.size());
 }
 
 void* makeRuntimeUIntArrayList(const std::vector<unsigned long>& values) {

@@ -57,7 +57,7 @@ void* sumItems(const SmallObjectVector& items) {
   if (items.size == 0) return raiseNull(kValueException, kEmpty);
   void* first = items.data[0];
   if (first == nullptr) return raiseNull(kTypeError, kNullItem);
-  const std::string typeName = shortTypeName(Vesk_objectTypeName(first));
+  const std::string typeName = shortTypeName(runtimeTypeNameOf(first));
   if (typeName == "Float" || typeName == "Double") return boxItemSum<FloatingItems>(items, typeName);
   if (isIntegerScalarShortType(typeName)) return boxItemSum<IntegerItems>(items, typeName);
   return raiseNull(kTypeError, kNoNumbers);
@@ -65,8 +65,19 @@ void* sumItems(const SmallObjectVector& items) {
 
 void* sumIntegerElements(const ListData& list) {
   if (list.primitives.size == 0) return raiseNull(kValueException, kEmpty);
-  long long sum = 0;
-  for (unsigned long i = 0; i < list.primitives.size; ++i) sum = wrapAdd(sum, primitiveListReadI64Runtime(list, i));
+  const SmallPrimitiveBuffer& elements = list.primitives;
+  const long long sum = visitElementKind(
+      list.primitiveKind,
+      [&](auto kind) {
+        long long total = 0;
+        if (elements.elementSize < kind.kWidth) return total;
+        const unsigned char* element = elements.data;
+        for (unsigned long i = 0; i < elements.size; ++i, element += elements.elementSize) {
+          total = wrapAdd(total, kind.toInteger(kind.load(element)));
+        }
+        return total;
+      },
+      [] { return 0LL; });
   return Vesk_boxInt(sum);
 }
 

@@ -21,6 +21,7 @@ struct ElementKind {
   static constexpr bool kIsBoolean = Code == kBooleanKind;
   static constexpr bool kIsFloating = std::is_floating_point_v<Stored>;
 
+  // An element read from or written to its bytes, which may lie anywhere.
   static Stored load(const unsigned char* element) {
     Stored value;
     std::memcpy(&value, element, sizeof value);
@@ -76,6 +77,7 @@ inline auto visitElementKind(unsigned char code, Visit&& visit, Otherwise&& othe
 inline constexpr const char* kElementKindNames[] = {"",     "SByte", "Byte",  "Short", "UShort", "Int",
                                                     "UInt", "Long",  "ULong", "Float", "Double", "Boolean"};
 
+// Float and Double.
 inline bool isFloatingElementKind(unsigned char code) {
   return visitElementKind(
       code, [](auto kind) { return kind.kIsFloating; }, [] { return false; });

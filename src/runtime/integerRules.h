@@ -4,6 +4,7 @@
 
 #include <limits>
 
+// x op y modulo 2^64.
 inline long long wrapAdd(long long x, long long y) {
   return static_cast<long long>(static_cast<unsigned long long>(x) + static_cast<unsigned long long>(y));
 }

@@ -15,6 +15,7 @@ inline pthread_mutex_t* listMutex(const ListData& list) {
   return list.mutex;
 }
 
+// Locks the mutex; throws std::system_error with the error number when that fails.
 inline void lockMutex(pthread_mutex_t* mutex) {
   if (const int error = pthread_mutex_lock(mutex); error != 0) throw std::system_error(error, std::generic_category());
 }

@@ -1,6 +1,6 @@
 // The host runtime's own records as the module reads and writes them. The runtime allocates and owns every one of
-// them; fields stand in the runtime's declaration order. None is ever copied or moved: `data` pointers may refer to
-// the inline storage of the same record.
+// them; fields stand in the runtime's declaration order. Those with inline storage are never copied or moved: their
+// `data` pointers may refer into the same record.
 #pragma once
 
 #include <pthread.h>
