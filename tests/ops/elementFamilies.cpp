@@ -59,7 +59,7 @@ TEST(PackedArithmetic, convertsToWhatTheResultListHolds) {
     return valuesOf(keep(applyNdArrayBinaryArithmetic(arrayOver(left), arrayOver(right), Arithmetic::Add)));
   };
   expectSameDoubles(sum(ints, mixed), {9, -2, 0, 0});  // low bits of the smallest 64-bit integer
-  static const std::string kNames[] = {"Float", "Word"};
+  static const std::string kNames[] = {"Float", "Boolean"};
   getListData(ints)->elementTypeName = RuntimeTypeName(&kNames[0]);
   expectSameDoubles(sum(ints, packedList(5, {1, 2, 0x1000002, -7})), {8, 9, 16777224, 0});
   getListData(ints)->elementTypeName = RuntimeTypeName(&kNames[1]);
