@@ -1,30 +1,129 @@
 #include "kernels/matrixProduct.h"
 
-#include <vector>
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <utility>
 
 #include "kernels/cpuDispatch.h"
-#include "kernels/dotProduct.h"
+#include "kernels/matrixTiles.h"
 
 namespace {
 
-template <double (*Dot)(const double*, const double*, unsigned long)>
-void multiplyByDots(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
-  const auto [rows, inner, columns] = shape;
-  std::vector<double> column(inner);
-  for (unsigned long j = 0; j < columns; ++j) {
-    for (unsigned long p = 0; p < inner; ++p) column[p] = rhs[p * columns + j];
-    for (unsigned long i = 0; i < rows; ++i) out[i * columns + j] = Dot(lhs + i * inner, column.data(), inner);
+// One pass of a block of rows stays in the second-level cache while the columns pass by, one panel after the other in
+// the first. Both limits also bound the scratch memory.
+constexpr unsigned long kBlockPassDoubles = 32 * 1024;
+constexpr unsigned long kMaxRowPanels = 32;
+constexpr unsigned long kMaxColumnPanels = 64;
+
+// Native memory that begins on a cache line, not cleared.
+class Scratch {
+ public:
+  explicit Scratch(unsigned long count) : memory_(new double[count + kLine]) {
+    void* start = memory_.get();
+    std::size_t space = (count + kLine) * sizeof(double);
+    next_ = static_cast<double*>(std::align(kLine * sizeof(double), count * sizeof(double), start, space));
+  }
+  double* take(unsigned long count) { return std::exchange(next_, next_ + count); }
+
+ private:
+  static constexpr unsigned long kLine = 8;
+  std::unique_ptr<double[]> memory_;
+  double* next_;
+};
+
+unsigned long panelsOf(unsigned long count, unsigned long width) { return (count + width - 1) / width; }
+
+MatrixPackLayout rowPackLayout(const MatrixProductShape& shape) {
+  const unsigned long passSize = kTileRows * std::max(1UL, shape.inner / kPasses);
+  const unsigned long fitting = std::clamp(kBlockPassDoubles / passSize, 1UL, kMaxRowPanels);
+  return {shape.inner, std::min(fitting, panelsOf(shape.rows, kTileRows)), kTileRows};
+}
+
+MatrixPackLayout columnPackLayout(const MatrixProductShape& shape) {
+  return {shape.inner, std::min(kMaxColumnPanels, panelsOf(shape.columns, kTileColumns)), kTileColumns};
+}
+
+// Packed rows and columns that are multiplied with each other.
+struct Block {
+  MatrixPackLayout rowLayout;
+  MatrixPackLayout columnLayout;
+  double* rowPack;
+  double* columnPack;
+  double* sums;  // of one panel of columns
+  unsigned long rows;
+  unsigned long columns;
+
+  TileSteps steps(unsigned long section, unsigned long rowPanel, unsigned long columnPanel) const {
+    return {rowPack + rowLayout.begin(section, rowPanel), columnPack + columnLayout.begin(section, columnPanel),
+            rowLayout.steps(section)};
+  }
+};
+
+// Finishes a tile of which only so many rows and columns belong to the product.
+template <class Tiles>
+void finishEdge(double* out, unsigned long stride, const double* sums, const TileSteps& remaining, unsigned long rows,
+                unsigned long columns) {
+  double tile[kTileSize];
+  Tiles::finish(tile, kTileColumns, sums, remaining);
+  for (unsigned long i = 0; i < rows; ++i) {
+    std::memcpy(out + i * stride, tile + i * kTileColumns, columns * sizeof(double));
+  }
+}
+
+// Multiplies all rows of the block with one panel of its columns.
+template <class Tiles>
+void multiplyPanel(double* out, unsigned long stride, const Block& block, unsigned long panel) {
+  const unsigned long rowPanels = panelsOf(block.rows, kTileRows);
+  for (unsigned long pass = 0; pass < kPasses; ++pass) {
+    Tiles::addPass(pass, block.sums, block.steps(pass, 0, panel), rowPanels);
+  }
+  const unsigned long columns = std::min(kTileColumns, block.columns - panel * kTileColumns);
+  for (unsigned long i = 0; i < rowPanels; ++i, out += kTileRows * stride) {
+    const unsigned long rows = std::min(kTileRows, block.rows - i * kTileRows);
+    const double* const sums = block.sums + i * Tiles::kSums;
+    const TileSteps remaining = block.steps(kPasses, i, panel);
+    if (rows == kTileRows && columns == kTileColumns) {
+      Tiles::finish(out, stride, sums, remaining);
+    } else {
+      finishEdge<Tiles>(out, stride, sums, remaining, rows, columns);
+    }
+  }
+}
+
+template <class Tiles>
+void multiplyTiled(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
+  Block block{rowPackLayout(shape), columnPackLayout(shape), nullptr, nullptr, nullptr, 0, 0};
+  const unsigned long sumsSize = block.rowLayout.panels * Tiles::kSums;
+  Scratch scratch(block.columnLayout.size() + block.rowLayout.size() + sumsSize);
+  block.columnPack = scratch.take(block.columnLayout.size());
+  block.sums = scratch.take(sumsSize);
+  block.rowPack = scratch.take(block.rowLayout.size());
+
+  const unsigned long blockRows = block.rowLayout.panels * kTileRows;
+  const unsigned long blockColumns = block.columnLayout.panels * kTileColumns;
+  for (unsigned long left = 0; left < shape.columns; left += blockColumns) {
+    block.columns = std::min(blockColumns, shape.columns - left);
+    packMatrixColumns(block.columnPack, block.columnLayout, rhs + left, block.columns, shape.columns);
+    for (unsigned long top = 0; top < shape.rows; top += blockRows) {
+      block.rows = std::min(blockRows, shape.rows - top);
+      packMatrixRows(block.rowPack, block.rowLayout, lhs + top * shape.inner, block.rows);
+      double* const corner = out + top * shape.columns + left;
+      for (unsigned long panel = 0; panel * kTileColumns < block.columns; ++panel) {
+        multiplyPanel<Tiles>(corner + panel * kTileColumns, shape.columns, block, panel);
+      }
+    }
   }
 }
 
 }  // namespace
 
 void multiplyMatricesAvx2(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
-  multiplyByDots<dotProductAvx2>(out, lhs, rhs, shape);
+  multiplyTiled<Avx2Tiles>(out, lhs, rhs, shape);
 }
 
 void multiplyMatricesBaseline(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
-  multiplyByDots<dotProductBaseline>(out, lhs, rhs, shape);
+  multiplyTiled<BaselineTiles>(out, lhs, rhs, shape);
 }
 
 void multiplyMatrices(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
