@@ -26,11 +26,12 @@ void packRowPair(double* const (&sections)[kPasses + 1], const MatrixPackLayout&
 
 // `advance` is the distance between the matrix rows of neighbouring steps.
 void packColumnSteps(double* to, unsigned long steps, const double* from, unsigned long count, unsigned long advance) {
-  for (unsigned long step = 0; step < steps; ++step, to += kTileColumns, from += advance) {
+  for (unsigned long step = 0; step < steps; ++step, to += kTileColumns) {
+    const double* const row = from + step * advance;
     if (count >= kTileColumns) {
-      std::memcpy(to, from, kTileColumns * sizeof(double));
+      std::memcpy(to, row, kTileColumns * sizeof(double));
     } else {
-      for (unsigned long j = 0; j < kTileColumns; ++j) to[j] = from[std::min(j, count - 1)];
+      for (unsigned long j = 0; j < kTileColumns; ++j) to[j] = row[std::min(j, count - 1)];
     }
   }
 }

@@ -1,4 +1,4 @@
-// Operands of a matrix product, rearranged for the tiles that compute it (matrixProduct.cpp). A panel is one tile's
+// Operands of a matrix product, rearranged for the tiles that compute it (matrixTiles.h). A panel is one tile's
 // share of an operand: 6 rows of the left matrix or 8 columns of the right one. One step of a panel is what it holds at
 // one inner index: 6 or 8 neighbouring doubles.
 //

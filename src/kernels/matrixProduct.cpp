@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kernels/cpuDispatch.h"
+#include "kernels/dotProduct.h"
 #include "kernels/matrixTiles.h"
 
 namespace {
@@ -79,14 +80,15 @@ void multiplyPanel(double* out, unsigned long stride, const Block& block, unsign
     Tiles::addPass(pass, block.sums, block.steps(pass, 0, panel), rowPanels);
   }
   const unsigned long columns = std::min(kTileColumns, block.columns - panel * kTileColumns);
-  for (unsigned long i = 0; i < rowPanels; ++i, out += kTileRows * stride) {
+  for (unsigned long i = 0; i < rowPanels; ++i) {
+    double* const to = out + i * kTileRows * stride;
     const unsigned long rows = std::min(kTileRows, block.rows - i * kTileRows);
     const double* const sums = block.sums + i * Tiles::kSums;
     const TileSteps remaining = block.steps(kPasses, i, panel);
     if (rows == kTileRows && columns == kTileColumns) {
-      Tiles::finish(out, stride, sums, remaining);
+      Tiles::finish(to, stride, sums, remaining);
     } else {
-      finishEdge<Tiles>(out, stride, sums, remaining, rows, columns);
+      finishEdge<Tiles>(to, stride, sums, remaining, rows, columns);
     }
   }
 }
@@ -116,13 +118,37 @@ void multiplyTiled(double* out, const double* lhs, const double* rhs, const Matr
   }
 }
 
+// With so few rows or columns most of a tile would be computed for nothing.
+bool isThin(const MatrixProductShape& shape) { return shape.rows < kTileRows / 2 || shape.columns < kTileColumns / 2; }
+
+// One dot product at a time, with copies of a few columns whose elements are neighbours.
+template <class Dot>
+void multiplyThin(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape, Dot dot) {
+  const auto [rows, inner, columns] = shape;
+  Scratch scratch(std::min(columns, kTileColumns) * inner);
+  double* const copies = scratch.take(0);
+  for (unsigned long left = 0; left < columns; left += kTileColumns) {
+    const unsigned long count = std::min(columns - left, kTileColumns);
+    for (unsigned long p = 0; p < inner; ++p) {
+      for (unsigned long j = 0; j < count; ++j) copies[j * inner + p] = rhs[p * columns + left + j];
+    }
+    for (unsigned long i = 0; i < rows; ++i) {
+      for (unsigned long j = 0; j < count; ++j) {
+        out[i * columns + left + j] = dot(lhs + i * inner, copies + j * inner, inner);
+      }
+    }
+  }
+}
+
 }  // namespace
 
 void multiplyMatricesAvx2(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
+  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductAvx2);
   multiplyTiled<Avx2Tiles>(out, lhs, rhs, shape);
 }
 
 void multiplyMatricesBaseline(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
+  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductBaseline);
   multiplyTiled<BaselineTiles>(out, lhs, rhs, shape);
 }
 

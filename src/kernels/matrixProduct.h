@@ -9,7 +9,8 @@ struct MatrixProductShape {
 };
 
 // Sets out[i * n + j] to the dot product of row i of lhs and column j of rhs. `out` overlaps neither operand. Takes
-// scratch memory from the native heap. Throws std::bad_alloc and std::length_error, with `out` unspecified.
+// scratch memory from the native heap, at most about twice the operands. Throws std::bad_alloc, with `out` unspecified.
+// The first is only for processors with AVX2.
 void multiplyMatricesAvx2(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape);
 void multiplyMatricesBaseline(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape);
 
