@@ -1,7 +1,9 @@
 # What every target of the project is compiled with. The exactness flags stand on the targets, behind whatever a user
 # puts into CMAKE_CXX_FLAGS, so that no outside flag can fuse, reassociate or raise the instruction set.
 add_library(vesk_exact INTERFACE)
-target_compile_options(vesk_exact INTERFACE -fno-fast-math -ffp-contract=off -march=x86-64 -mtune=generic)
+target_compile_options(vesk_exact INTERFACE -fno-fast-math -fno-unsafe-math-optimizations
+                       -fno-associative-math -fno-reciprocal-math -fno-finite-math-only -fsigned-zeros
+                       -ffp-contract=off -march=x86-64 -mtune=generic)
 target_link_options(vesk_exact INTERFACE -fno-fast-math)
 
 add_library(vesk_options INTERFACE)
