@@ -1,6 +1,5 @@
 #include "host/collector.h"
 
-#include "host/handles.h"
 #include "host/heap.h"
 #include "host/moduleImages.h"
 #include "host/poison.h"
@@ -24,20 +23,6 @@ SystemVector<Block>& pendingBlocks() {
   return blocks;
 }
 
-// An address inside a block keeps all of it alive.
-void markAddress(std::uintptr_t address) {
-  Page* page = pageOf(address);
-  if (page == nullptr) return;
-  const unsigned index = cellIndexOf(*page, address);
-  if (index >= page->cellCount) return;
-  const unsigned char state = page->states[index].load(std::memory_order_relaxed);
-  if (state < static_cast<unsigned char>(CellState::Scanned) || (state & kMarked) != 0) return;
-  page->states[index].store(state | kMarked, std::memory_order_relaxed);
-  if (state != static_cast<unsigned char>(CellState::Atomic)) {
-    pendingBlocks().push_back({page->cell(index), page->cellBytes});
-  }
-}
-
 // Reads whatever lies there: redzones, poisoned tails of blocks, memory that other code writes without a lock.
 VESK_HOST_UNCHECKED void markWords(const char* start, unsigned long bytes) {
   const auto* words = reinterpret_cast<const volatile std::uintptr_t*>(start);
@@ -53,9 +38,7 @@ void markRoots(const ThreadState& thread) {
   for (unsigned long i = 0; i < thread.slotCount; ++i) {
     markWords(reinterpret_cast<const char*>(thread.slots[i]), sizeof(void*));
   }
-  for (const Handle* handle = HandleList::first(); handle != nullptr; handle = HandleList::after(*handle)) {
-    markAddress(reinterpret_cast<std::uintptr_t>(handle->get()));
-  }
+  markHandles();
   forEachModuleSegment(markWords);
 }
 
@@ -69,6 +52,19 @@ void markReachable() {
 }
 
 }  // namespace
+
+void markAddress(std::uintptr_t address) {
+  Page* page = pageOf(address);
+  if (page == nullptr) return;
+  const unsigned index = cellIndexOf(*page, address);
+  if (index >= page->cellCount) return;
+  const unsigned char state = page->states[index].load(std::memory_order_relaxed);
+  if (state < static_cast<unsigned char>(CellState::Scanned) || (state & kMarked) != 0) return;
+  page->states[index].store(state | kMarked, std::memory_order_relaxed);
+  if (state != static_cast<unsigned char>(CellState::Atomic)) {
+    pendingBlocks().push_back({page->cell(index), page->cellBytes});
+  }
+}
 
 bool collectIfAlone() {
   ThreadState& thread = gThread;

@@ -15,17 +15,11 @@ constexpr const char* kFieldNames[] = {"_value", "_data", "_shape", "_strides", 
 
 // The one field that begins like this.
 Field likelyField(const char* name) {
-  if (name[0] != '_') return Field::Value;
-  switch (name[1]) {
-    case 'd':
-      return Field::Data;
-    case 'n':
-      return Field::Ndim;
-    case 's':
-      return name[2] == 'i' ? Field::Size : name[2] == 'h' ? Field::Shape : Field::Strides;
-    default:
-      return Field::Value;
-  }
+  if (name[0] != '_' || name[1] == 'v') return Field::Value;
+  if (name[1] == 'd') return Field::Data;
+  if (name[1] == 'n') return Field::Ndim;
+  if (name[1] != 's') return Field::Value;
+  return name[2] == 'i' ? Field::Size : name[2] == 'h' ? Field::Shape : Field::Strides;
 }
 
 Field fieldNamed(const char* name) {
@@ -89,16 +83,10 @@ void* Vesk_getField_ptr(void* object, const char* field) {
   if (object == nullptr) return nullptr;
   const NdArrayMetadata* fields = fieldsOf(host::liveObject(object, "Vesk_getField_ptr"));
   if (fields == nullptr) return nullptr;
-  switch (fieldNamed(field)) {
-    case Field::Data:
-      return fields->data;
-    case Field::Shape:
-      return fields->shape;
-    case Field::Strides:
-      return fields->strides;
-    default:
-      return nullptr;
-  }
+  const Field which = fieldNamed(field);
+  if (which == Field::Data) return fields->data;
+  if (which == Field::Shape) return fields->shape;
+  return which == Field::Strides ? fields->strides : nullptr;
 }
 
 // A changed rank or shape outdates the extents that the metadata remembers.
@@ -122,18 +110,11 @@ void Vesk_setField_double(void* object, const char* field, double value) {
 void Vesk_setField_ptr(void* object, const char* field, void* value) {
   ObjectInstance& instance = storeInto(object, value, "Vesk_setField_ptr");
   NdArrayMetadata& fields = fieldsForStore(instance);
-  switch (fieldNamed(field)) {
-    case Field::Data:
-      fields.data = value;
-      break;
-    case Field::Strides:
-      fields.strides = value;
-      break;
-    case Field::Shape:
-      fields.shape = value;
-      fields.prefixValid = 0;
-      break;
-    default:
-      host::stopProcess("Vesk_setField_ptr: \"%s\" holds no object", field);
+  const Field which = fieldNamed(field);
+  if (which == Field::Data) fields.data = value;
+  if (which == Field::Strides) fields.strides = value;
+  if (which == Field::Shape) {
+    fields.shape = value;
+    fields.prefixValid = 0;
   }
 }

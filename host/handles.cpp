@@ -1,37 +1,26 @@
-#include "host/handles.h"
-
+// The embedder's handles, linked through the handles themselves so that neither making nor dropping one allocates.
 #include <utility>
 
+#include "host/collector.h"
 #include "host/heap.h"
 
 namespace host {
 
 namespace {
-Handle* gFirstHandle = nullptr;
+Handle* gFirstHandle = nullptr;  // the list changes under the heap lock only
 }
 
-void HandleList::insert(Handle& handle) {
-  handle.next_ = gFirstHandle;
-  handle.link_ = &gFirstHandle;
-  if (gFirstHandle != nullptr) gFirstHandle->link_ = &handle.next_;
-  gFirstHandle = &handle;
-}
-
-void HandleList::remove(Handle& handle) {
-  *handle.link_ = handle.next_;
-  if (handle.next_ != nullptr) handle.next_->link_ = handle.link_;
-}
-
-const Handle* HandleList::first() { return gFirstHandle; }
-
-Handle::Handle(void* object) : object_(object) {
+Handle::Handle(void* object) : object_(object), link_(&gFirstHandle) {
   const HeapLock lock;
-  HandleList::insert(*this);
+  next_ = gFirstHandle;
+  if (next_ != nullptr) next_->link_ = &next_;
+  gFirstHandle = this;
 }
 
 Handle::~Handle() {
   const HeapLock lock;
-  HandleList::remove(*this);
+  *link_ = next_;
+  if (next_ != nullptr) next_->link_ = link_;
 }
 
 Handle::Handle(Handle&& other) noexcept : Handle(std::exchange(other.object_, nullptr)) {}
@@ -39,6 +28,12 @@ Handle::Handle(Handle&& other) noexcept : Handle(std::exchange(other.object_, nu
 Handle& Handle::operator=(Handle&& other) noexcept {
   if (this != &other) object_ = std::exchange(other.object_, nullptr);
   return *this;
+}
+
+void markHandles() {
+  for (const Handle* handle = gFirstHandle; handle != nullptr; handle = handle->next_) {
+    markAddress(reinterpret_cast<std::uintptr_t>(handle->object_));
+  }
 }
 
 }  // namespace host

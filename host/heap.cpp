@@ -10,7 +10,6 @@
 #include "host/allocation.h"
 #include "host/collector.h"
 #include "host/objects.h"
-#include "host/poison.h"
 #include "host/stopProcess.h"
 #include "host/systemMemory.h"
 
@@ -270,13 +269,6 @@ void trimFreeLarge() {
 
 HeapLock::HeapLock() { pthread_mutex_lock(&gHeapMutex); }
 HeapLock::~HeapLock() { pthread_mutex_unlock(&gHeapMutex); }
-
-unsigned long chargeOf(unsigned long bytes) {
-  if (bytes >= 1UL << 46) return 1UL << 62;
-  bytes += kRedzoneBytes;
-  if (bytes <= kLargestCell) return cellBytesOf(sizeClassOf(bytes));
-  return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
-}
 
 void* allocateCell(ThreadState& thread, unsigned long bytes, CellState state) {
   if (bytes + kRedzoneBytes > kLargestCell) return allocateLarge(bytes, state);

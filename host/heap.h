@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/pages.h"
+#include "host/poison.h"
 #include "host/threadState.h"
 
 namespace host {
@@ -17,7 +18,12 @@ class HeapLock {
 };
 
 // What a request of this many bytes is charged; more than any limit allows when it is beyond all memory.
-unsigned long chargeOf(unsigned long bytes);
+constexpr unsigned long chargeOf(unsigned long bytes) {
+  if (bytes >= 1UL << 46) return 1UL << 62;
+  bytes += kRedzoneBytes;
+  if (bytes <= kLargestCell) return cellBytesOf(sizeClassOf(bytes));
+  return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
+}
 
 // Bytes charged to blocks and to threads' credits. Caller holds the heap lock.
 extern unsigned long gChargedBytes;

@@ -41,7 +41,7 @@ class VESK_HOST_API Handle {
   void* get() const { return object_; }
 
  private:
-  friend class HandleList;
+  friend void markHandles();
   void* object_;
   Handle* next_ = nullptr;  // all handles form one list
   Handle** link_ = nullptr;

@@ -11,35 +11,19 @@ namespace host {
 
 namespace {
 
-unsigned long recordBytes(ClassKind kind) {
-  switch (kind) {
-    case ClassKind::Box:
-      return sizeof(BoxRecord);
-    case ClassKind::List:
-      return sizeof(ListRecord);
-    case ClassKind::Array:
-      return sizeof(ArrayRecord);
-    case ClassKind::String:
-      return sizeof(StringRecord);
-    default:
-      return sizeof(FieldsRecord);
-  }
-}
+// By class, in the order of ClassKind.
+constexpr unsigned long kRecordBytes[] = {sizeof(FieldsRecord), sizeof(BoxRecord), sizeof(ListRecord),
+                                          sizeof(ArrayRecord), sizeof(StringRecord)};
 
 void initializeRecord(ObjectInstance& object, ClassKind kind) {
-  switch (kind) {
-    case ClassKind::Box:
-      recordAs<BoxRecord>(object).integer = 0;
-      break;  // all bits zero is 0.0 too
-    case ClassKind::List:
-      initializeList(recordAs<ListRecord>(object));
-      break;
-    case ClassKind::String:
-      recordAs<StringRecord>(object).length = 0;
-      break;
-    default:
-      recordAs<FieldsRecord>(object).fields = {};
-      break;
+  if (kind == ClassKind::Box) {
+    recordAs<BoxRecord>(object).integer = 0;  // all bits zero is 0.0 too
+  } else if (kind == ClassKind::List) {
+    initializeList(recordAs<ListRecord>(object));
+  } else if (kind == ClassKind::String) {
+    recordAs<StringRecord>(object).length = 0;
+  } else {
+    recordAs<FieldsRecord>(object).fields = {};
   }
 }
 
@@ -57,7 +41,7 @@ ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind 
 }
 
 ObjectInstance& makeObject(ThreadState& thread, const TypeInfo& type) {
-  const unsigned long bytes = recordBytes(type.kind);
+  const unsigned long bytes = kRecordBytes[static_cast<int>(type.kind)];
   ObjectInstance* object = nullptr;
   if (beginAllocation(thread, chargeOf(bytes))) object = makeRecord(thread, type, type.kind, bytes);
   if (object == nullptr) throw std::bad_alloc();

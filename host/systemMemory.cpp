@@ -8,10 +8,14 @@
 
 namespace host {
 
+namespace {
+
 void* mapSystemMemory(unsigned long bytes) {
   void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   return memory == MAP_FAILED ? nullptr : memory;
 }
+
+}  // namespace
 
 void* mapAlignedSystemMemory(unsigned long bytes, unsigned long alignment) {
   auto* memory = static_cast<char*>(mapSystemMemory(bytes + alignment));

@@ -7,12 +7,14 @@
 
 namespace host {
 
-// Zeroed pages; null when the system has none.
-void* mapSystemMemory(unsigned long bytes);
-// The same at a multiple of `alignment`, a power of two that is at least a system page.
+// Zeroed pages at a multiple of `alignment`, a power of two that is at least a system page; null when there are none.
 void* mapAlignedSystemMemory(unsigned long bytes, unsigned long alignment);
 
-// For vectors that grow a few times and live as long as the process. Stops the process when the system has no memory.
+// For tables: zeroed pages or the end of the process, and the opposite.
+void* mapTableOrStop(unsigned long bytes);
+void unmapTable(void* memory, unsigned long bytes);
+
+// For vectors that grow a few times and live as long as the process.
 template <class T>
 struct SystemAllocator {
   using value_type = T;
@@ -21,24 +23,11 @@ struct SystemAllocator {
   template <class U>
   SystemAllocator(const SystemAllocator<U>&) {}  // NOLINT(google-explicit-constructor): allocators convert
 
-  T* allocate(std::size_t count);
-  void deallocate(T* memory, std::size_t count);
+  T* allocate(std::size_t count) { return static_cast<T*>(mapTableOrStop(count * sizeof(T))); }
+  void deallocate(T* memory, std::size_t count) { unmapTable(memory, count * sizeof(T)); }
 
   friend bool operator==(const SystemAllocator&, const SystemAllocator&) { return true; }
 };
-
-void* mapTableOrStop(unsigned long bytes);
-void unmapTable(void* memory, unsigned long bytes);
-
-template <class T>
-T* SystemAllocator<T>::allocate(std::size_t count) {
-  return static_cast<T*>(mapTableOrStop(count * sizeof(T)));
-}
-
-template <class T>
-void SystemAllocator<T>::deallocate(T* memory, std::size_t count) {
-  unmapTable(memory, count * sizeof(T));
-}
 
 template <class T>
 using SystemVector = std::vector<T, SystemAllocator<T>>;

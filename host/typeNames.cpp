@@ -1,7 +1,6 @@
 #include "host/typeNames.h"
 
 #include <cctype>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -12,6 +11,8 @@
 #include "runtime/elementKinds.h"
 
 namespace host {
+
+constinit thread_local RecentName gRecentNames[kRecentNames] = {};
 
 namespace {
 
@@ -26,18 +27,6 @@ struct NameTables {
 NameTables& nameTables() {
   static NameTables& made = *new NameTables;
   return made;
-}
-
-// The names that this thread asked for lately, by the address of the caller's text; the text itself decides.
-struct RecentName {
-  const char* text;
-  const TypeInfo* type;
-};
-constinit thread_local RecentName gRecentNames[64] = {};
-
-// An interned name is recognised by its address alone.
-bool isNamed(const TypeInfo& type, const char* name) {
-  return type.name.c_str() == name || std::strcmp(type.name.c_str(), name) == 0;
 }
 
 // Without blanks around it and without the marks of a nullable type behind it.
@@ -94,25 +83,22 @@ TypeInfo classify(const std::string& name, const NameTables& names) {
   return {name, ClassKind::Plain, 0};
 }
 
-const TypeInfo& findOrIntern(const char* name) {
-  NameTables& names = nameTables();
-  const std::lock_guard lock(names.mutex);
-  if (const auto found = names.types.find(name); found != names.types.end()) return *found->second;
-  auto type = std::make_unique<const TypeInfo>(classify(name, names));
-  names.types.emplace(type->name, type.get());
-  return *type.release();
-}
-
 void countTypeNameUse(const char* operation) { ++enterOperation(operation).tally.typeNames; }
 
 }  // namespace
 
-const TypeInfo& internType(const char* name) {
+const TypeInfo& findOrInternType(const char* name, RecentName& recent) {
   if (name == nullptr) stopProcess("a type name is null");
-  RecentName& recent = gRecentNames[reinterpret_cast<std::uintptr_t>(name) >> 3 & 63];
-  if (recent.text == name && isNamed(*recent.type, name)) return *recent.type;
-  recent = {name, &findOrIntern(name)};
-  return *recent.type;
+  NameTables& names = nameTables();
+  const std::lock_guard lock(names.mutex);
+  auto found = names.types.find(name);
+  if (found == names.types.end()) {
+    auto type = std::make_unique<const TypeInfo>(classify(name, names));
+    found = names.types.emplace(type->name, type.get()).first;
+    type.release();  // lives on in the table
+  }
+  recent = {name, found->second};
+  return *found->second;
 }
 
 void addTypeAlias(std::string_view alias, std::string_view canonical) {
