@@ -107,19 +107,12 @@ NdArrayDoubleBufferView settledBuffer(void* object, const ObjectInstance& instan
   return readyNdArrayDoubleBuffer(storage);
 }
 
-}  // namespace
-
-NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill) {
-  ObjectInstance* instance = instanceOf(object);
-  if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
-  const NdArrayDoubleBufferView settled = settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
-  if (settled.data != nullptr) return settled;
-
-  const RootSlot root(object);
-  NdArrayDoubleStorage* storage = ensureNdArrayDoubleStorage(instance);
+// Sizes the storage and fills it where it has no values yet. May allocate: the object is rooted by the caller.
+NdArrayDoubleBufferView makeReady(void* object, ObjectInstance& instance, bool fillFromList, bool zeroFill) {
+  NdArrayDoubleStorage* storage = ensureNdArrayDoubleStorage(&instance);
   if (storage == nullptr) return {nullptr, 0};
-  const unsigned long count = elementCountOf(object, *instance);
-  if (needsFinalizer(*instance, count)) ensureObjectFinalizerRegistered(instance);
+  const unsigned long count = elementCountOf(object, instance);
+  if (needsFinalizer(instance, count)) ensureObjectFinalizerRegistered(&instance);
   double* values = placeValues(*storage, count);
   if (storage->ready != 0 || (fillFromList && fillFromDataList(object, *storage, values))) return {values, count};
   if (zeroFill) {
@@ -131,17 +124,30 @@ NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromLis
   return {values, count};
 }
 
+}  // namespace
+
+NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill) {
+  return ensureNdArrayDoubleBuffer(object, instanceOf(object), fillFromList, zeroFill);
+}
+
+NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
+                                                  bool zeroFill) {
+  if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
+  const NdArrayDoubleBufferView settled = settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
+  if (settled.data != nullptr) return settled;
+  const RootSlot root(object);
+  return makeReady(object, *instance, fillFromList, zeroFill);
+}
+
+NdArrayDoubleBufferView makeNdArrayDoubleBuffer(void* object, ObjectInstance* instance) {
+  if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
+  return makeReady(object, *instance, false, false);
+}
+
 NdArrayDoubleBufferView settledNdArrayDoubleBuffer(void* object) {
   ObjectInstance* instance = instanceOf(object);
   if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
   return settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
-}
-
-NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage) {
-  if (storage == nullptr || storage->ready == 0) return {nullptr, 0};
-  if (storage->heapAllocated == 0) return {storage->inlineValues, storage->count};
-  if (storage->heapValues == nullptr) return {nullptr, 0};
-  return {storage->heapValues, storage->count};
 }
 
 double* allocateNdArrayDoubleBuffer(unsigned long count) {

@@ -16,13 +16,24 @@ struct NdArrayDoubleBufferView {
 // existing arrays pass (true, true). May allocate (the object is rooted inside); locks the data list while it reads
 // it, so the caller must not hold that lock. Throws std::bad_alloc, std::system_error, std::logic_error.
 NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill);
+// For callers that hold the object's record (null for a foreign pointer) already.
+NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
+                                                  bool zeroFill);
+// For an array just made: (false, false) without looking for a buffer that is there already. May allocate: the object
+// is rooted by the caller.
+NdArrayDoubleBufferView makeNdArrayDoubleBuffer(void* object, ObjectInstance* instance);
 
 // The same view when it takes no work: the buffer is ready and of the array's present size. Else a null view. The
 // object may be null or foreign. Never allocates, never locks.
 NdArrayDoubleBufferView settledNdArrayDoubleBuffer(void* object);
 
 // The view of a storage that is ready; a null view when it is null, not ready, or has lost its heap values.
-NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage);
+inline NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage) {
+  if (storage == nullptr || storage->ready == 0) return {nullptr, 0};
+  if (storage->heapAllocated == 0) return {storage->inlineValues, storage->count};
+  if (storage->heapValues == nullptr) return {nullptr, 0};
+  return {storage->heapValues, storage->count};
+}
 
 // Collector memory for `count` doubles, not cleared. May allocate. Throws std::bad_alloc, also when the byte count
 // does not fit in 64 bits.

@@ -22,11 +22,15 @@ void raiseOutOfBounds() { Vesk_raise(kIndexException, kOutOfBounds); }
 // A negative index is above every count when read as unsigned.
 bool isInside(long long index, unsigned long count) { return static_cast<unsigned long>(index) < count; }
 
-// Wraps a negative index once. Raises and returns false when it is outside the extent all the same.
-bool wrapIndex(long long& index, long long extent) {
+// Wraps a negative index once. Whether it is inside the extent then.
+bool wrapsInside(long long& index, long long extent) {
   if (index < 0) index = wrapAdd(index, extent);
-  if (index >= 0 && index < extent) return true;
-  return raiseFalse(kIndexException, kOutOfBounds);
+  return index >= 0 && index < extent;
+}
+
+// The same, raising when it is not.
+bool wrapIndex(long long& index, long long extent) {
+  return wrapsInside(index, extent) || raiseFalse(kIndexException, kOutOfBounds);
 }
 
 // Keeps a valid sum up to date by the difference; in this association it is part of the result.
@@ -124,6 +128,63 @@ void writeDouble(void* array, ObjectInstance* instance, long long flat, double v
   setNdArrayFlat(array, flat, Vesk_boxDouble(value));
 }
 
+// An element of a ready buffer. `value` is null where more than a few field reads is needed to find it.
+struct ReadyElement {
+  NdArrayDoubleStorage* storage;
+  double* value;
+};
+
+[[gnu::always_inline]] inline ReadyElement readyElement(ObjectInstance* instance, long long flat) {
+  NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(instance);
+  const NdArrayDoubleBufferView view = readyNdArrayDoubleBuffer(storage);
+  if (view.data == nullptr || !isInside(flat, view.count)) return {nullptr, nullptr};
+  return {storage, view.data + flat};
+}
+
+ReadyElement readyElement1D(void* array, long long index) {
+  ObjectInstance* instance = instanceOf(array);
+  if (instance == nullptr || instance->metadata == nullptr) return {nullptr, nullptr};
+  const NdArrayMetadata& meta = *instance->metadata;
+  if (meta.ndim != 1 || !wrapsInside(index, meta.size)) return {nullptr, nullptr};
+  return readyElement(instance, index);
+}
+
+ReadyElement readyElement2D(void* array, long long row, long long column) {
+  ObjectInstance* instance = instanceOf(array);
+  if (instance == nullptr || instance->metadata == nullptr) return {nullptr, nullptr};
+  const NdArrayMetadata& meta = *instance->metadata;
+  if (meta.ndim != 2 || meta.prefixValid == 0) return {nullptr, nullptr};
+  if (!wrapsInside(row, meta.dim0) || !wrapsInside(column, meta.dim1)) return {nullptr, nullptr};
+  return readyElement(instance, wrapAdd(wrapMultiply(row, meta.dim1), column));
+}
+
+// The whole of each accessor, for every array and every failure; out of line, so that the fast ways stay bare.
+[[gnu::noinline]] double getDouble1DSlowly(void* array, long long index) {
+  ObjectInstance* instance = instanceOf(array);
+  if (!locate1D(array, instance, "1D indexing used on non-1D NDArray", index)) return 0.0;
+  return readDouble(array, instance, index);
+}
+
+[[gnu::noinline]] double getDouble2DSlowly(void* array, long long row, long long column) {
+  ObjectInstance* instance = instanceOf(array);
+  long long flat = 0;
+  if (!locate2D(array, instance, row, column, flat)) return 0.0;
+  return readDouble(array, instance, flat);
+}
+
+[[gnu::noinline]] void setDouble1DSlowly(void* array, long long index, double value) {
+  ObjectInstance* instance = instanceOf(array);
+  if (!locate1D(array, instance, "1D set used on non-1D NDArray", index)) return;
+  writeDouble(array, instance, index, value);
+}
+
+[[gnu::noinline]] void setDouble2DSlowly(void* array, long long row, long long column, double value) {
+  ObjectInstance* instance = instanceOf(array);
+  long long flat = 0;
+  if (!locate2D(array, instance, row, column, flat)) return;
+  writeDouble(array, instance, flat, value);
+}
+
 }  // namespace
 
 void* getNdArrayFlat(void* array, long long index) {
@@ -177,27 +238,23 @@ void writeNdArrayDoubleFlat(void* array, long long flatIndex, double value) {
 }
 
 double getNdArrayDouble1D(void* array, long long index) {
-  ObjectInstance* instance = instanceOf(array);
-  if (!locate1D(array, instance, "1D indexing used on non-1D NDArray", index)) return 0.0;
-  return readDouble(array, instance, index);
+  const ReadyElement element = readyElement1D(array, index);
+  return element.value != nullptr ? *element.value : getDouble1DSlowly(array, index);
 }
 
 double getNdArrayDouble2D(void* array, long long row, long long column) {
-  ObjectInstance* instance = instanceOf(array);
-  long long flat = 0;
-  if (!locate2D(array, instance, row, column, flat)) return 0.0;
-  return readDouble(array, instance, flat);
+  const ReadyElement element = readyElement2D(array, row, column);
+  return element.value != nullptr ? *element.value : getDouble2DSlowly(array, row, column);
 }
 
 void setNdArrayDouble1D(void* array, long long index, double value) {
-  ObjectInstance* instance = instanceOf(array);
-  if (!locate1D(array, instance, "1D set used on non-1D NDArray", index)) return;
-  writeDouble(array, instance, index, value);
+  const ReadyElement element = readyElement1D(array, index);
+  if (element.value == nullptr) return setDouble1DSlowly(array, index, value);
+  storeValue(element.storage, *element.value, value);
 }
 
 void setNdArrayDouble2D(void* array, long long row, long long column, double value) {
-  ObjectInstance* instance = instanceOf(array);
-  long long flat = 0;
-  if (!locate2D(array, instance, row, column, flat)) return;
-  writeDouble(array, instance, flat, value);
+  const ReadyElement element = readyElement2D(array, row, column);
+  if (element.value == nullptr) return setDouble2DSlowly(array, row, column, value);
+  storeValue(element.storage, *element.value, value);
 }

@@ -1,6 +1,5 @@
 #include "ndarray/recognition.h"
 
-#include <atomic>
 #include <stdexcept>
 
 namespace {
@@ -21,25 +20,17 @@ bool firstArgumentIsDouble(const std::string& name) {
   return !trimmed.empty() && firstGenericArgShortType(trimmed) == "Double";
 }
 
-// Several threads may find and write the same answer; the flag that says there is one is written last.
-bool hasElementTypeAnswer(ObjectInstance& instance) {
-  return std::atomic_ref(instance.doubleTypeChecked).load(std::memory_order_acquire) != 0;
-}
-
-bool elementTypeAnswer(ObjectInstance& instance) {
-  return std::atomic_ref(instance.isDoubleElementArray).load(std::memory_order_relaxed) != 0;
-}
-
 }  // namespace
 
 bool isRuntimeNdArrayTypeName(const std::string& name) {
   return name.find("NDArray__T_") != std::string::npos || namesArrayClass(name);
 }
 
-bool isRuntimeNdArrayObject(void* object) {
-  if (object == nullptr || !hasObjectMagic(object)) return false;
-  ObjectInstance* instance = getObject(object);
-  if (instance != nullptr && hasElementTypeAnswer(*instance)) return true;  // only arrays ever get one
+bool isRuntimeNdArrayObject(void* object) { return isRuntimeNdArrayObject(object, instanceOf(object)); }
+
+bool isRuntimeNdArrayObject(void* object, ObjectInstance* instance) {
+  if (instance == nullptr) return false;
+  if (hasElementTypeAnswer(*instance)) return true;  // only arrays ever get one
   return isArrayUnderItsOrDisplayName(runtimeTypeNameOf(object));
 }
 
@@ -49,18 +40,12 @@ bool isRuntimeNdArrayInstance(const ObjectInstance* instance) {
 
 bool ndArrayUsesNativeDoubleBuffer(void* object) { return ndArrayUsesNativeDoubleBuffer(object, instanceOf(object)); }
 
-bool ndArrayUsesNativeDoubleBuffer(void* object, ObjectInstance* instance) {
-  if (instance == nullptr) return false;
-  if (hasElementTypeAnswer(*instance)) return elementTypeAnswer(*instance);
+bool findElementTypeAnswer(void* object, ObjectInstance& instance) {
   const std::string name = runtimeTypeNameOf(object);
   if (!isArrayUnderItsOrDisplayName(name)) return false;
   const bool isDouble = firstArgumentIsDouble(name);
-  setElementTypeAnswer(*instance, isDouble);
+  setElementTypeAnswer(instance, isDouble);
   return isDouble;
-}
-
-ObjectInstance* instanceOf(void* object) {
-  return object != nullptr && hasObjectMagic(object) ? getObject(object) : nullptr;
 }
 
 void setElementTypeAnswer(ObjectInstance& instance, bool isDouble) {

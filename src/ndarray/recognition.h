@@ -1,6 +1,7 @@
 // Which objects and type names are arrays, and which arrays keep their values as native doubles.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "runtime/hostOperations.h"
@@ -12,18 +13,35 @@ bool isRuntimeNdArrayTypeName(const std::string& name);
 // Whether the pointer is a live array object; null and foreign memory are not. Throws std::logic_error when the host
 // has no type name for an object.
 bool isRuntimeNdArrayObject(void* object);
+// For callers that hold the object's record (null for a foreign pointer) already.
+bool isRuntimeNdArrayObject(void* object, ObjectInstance* instance);
 
 // The same answer for a record, from its type name alone; null is no array. (Exported for the runtime.)
 bool isRuntimeNdArrayInstance(const ObjectInstance* instance);
+
+// The answer to the question below as it stands in a record, and the look at the names that finds and records it.
+// Several threads may find and write the same answer; the flag that says there is one is written last.
+inline bool hasElementTypeAnswer(ObjectInstance& instance) {
+  return std::atomic_ref(instance.doubleTypeChecked).load(std::memory_order_acquire) != 0;
+}
+inline bool elementTypeAnswer(ObjectInstance& instance) {
+  return std::atomic_ref(instance.isDoubleElementArray).load(std::memory_order_relaxed) != 0;
+}
+bool findElementTypeAnswer(void* object, ObjectInstance& instance);
 
 // Whether the object is an array whose first generic argument is "Double". The names are looked at once per array;
 // the answer then stands in its record, where other threads may read it. The pointer may be null or foreign; the
 // second form is for callers that hold its record already. Never allocate collector memory.
 bool ndArrayUsesNativeDoubleBuffer(void* object);
-bool ndArrayUsesNativeDoubleBuffer(void* object, ObjectInstance* instance);
+inline bool ndArrayUsesNativeDoubleBuffer(void* object, ObjectInstance* instance) {
+  if (instance == nullptr) return false;
+  return hasElementTypeAnswer(*instance) ? elementTypeAnswer(*instance) : findElementTypeAnswer(object, *instance);
+}
 
 // The record behind a pointer that may be null or foreign; null for those.
-ObjectInstance* instanceOf(void* object);
+inline ObjectInstance* instanceOf(void* object) {
+  return object != nullptr && hasObjectMagic(object) ? getObject(object) : nullptr;
+}
 
 // Records the element-type answer of an array, for callers that know it without looking at the names.
 void setElementTypeAnswer(ObjectInstance& instance, bool isDouble);

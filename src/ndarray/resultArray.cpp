@@ -18,43 +18,17 @@ constexpr const char* kDoubleArrayName = "vesk.math.NDArray<vesk.Double>";
 constinit std::atomic<bool> gDoubleArrayNameProved{false};
 
 // Spares a result the look at its type name where the answer is known already.
-void passOnElementType(void* result, void* source, bool sameType, bool usualName) {
-  ObjectInstance* instance = instanceOf(result);
+void passOnElementType(ObjectInstance* instance, ObjectInstance* source, bool sameType, bool usualName) {
   if (sameType) {
-    copyElementTypeAnswer(instance, instanceOf(source));
-  } else if (usualName && instance != nullptr && gDoubleArrayNameProved.load(std::memory_order_relaxed)) {
+    copyElementTypeAnswer(instance, source);
+  } else if (usualName && gDoubleArrayNameProved.load(std::memory_order_relaxed)) {
     setElementTypeAnswer(*instance, true);
   }
 }
 
-}  // namespace
-
-void* createNdArrayResultLike(void* source, const std::string& typeName, unsigned long slotCount, ListData*& dataList) {
-  return createNdArrayResultLike(source, typeName.c_str(), slotCount, dataList);
-}
-
-void* createNdArrayResultLike(void* source, const char* typeName, unsigned long slotCount, ListData*& dataList) {
-  if (typeName == nullptr) throw std::logic_error("result array without a type name");
-  RootSlot result(Vesk_allocObject(typeName));
-  if (result.get() == nullptr) return nullptr;
-  NdArrayMetadata& meta = *ensureNdArrayMetadata(getObject(result.get()));
-  copyNdArrayDescription(meta, source);
-  RootSlot list(Vesk_allocObject("ArrayList"));
-  if (list.get() == nullptr) return nullptr;
-  ListData& items = *getListData(list.get());
-  {
-    const ListDataLock lock(items);
-    resetObjectItems(items, slotCount);
-  }
-  meta.data = list.get();
-  dataList = &items;
-  return result.get();
-}
-
-void copyNdArrayDescription(NdArrayMetadata& meta, void* source) {
-  const ObjectInstance* instance = instanceOf(source);
-  if (instance != nullptr && instance->metadata != nullptr) {
-    meta = *instance->metadata;
+void describeLike(NdArrayMetadata& meta, void* source, const ObjectInstance* sourceInstance) {
+  if (sourceInstance != nullptr && sourceInstance->metadata != nullptr) {
+    meta = *sourceInstance->metadata;
     return;
   }
   meta.ndim = Vesk_getField_i64(source, "_ndim");
@@ -64,13 +38,53 @@ void copyNdArrayDescription(NdArrayMetadata& meta, void* source) {
   refreshNdArrayShapePrefix(meta);
 }
 
+// Makes, in `result`, an array like the source over a list of null items, whose storage it returns; null, with the
+// slot empty, when the host makes no object. The list hangs on the array from its first moment.
+ListData* makeResult(RootSlot& result, void* source, const ObjectInstance* sourceInstance, const char* typeName,
+                     unsigned long slotCount) {
+  if (typeName == nullptr) throw std::logic_error("result array without a type name");
+  result.set(Vesk_allocObject(typeName));
+  if (result.get() == nullptr) return nullptr;
+  NdArrayMetadata& meta = *ensureNdArrayMetadata(getObject(result.get()));
+  describeLike(meta, source, sourceInstance);
+  meta.data = Vesk_allocObject("ArrayList");
+  if (meta.data == nullptr) {
+    result.set(nullptr);
+    return nullptr;
+  }
+  ListData& items = *getListData(meta.data);
+  const ListDataLock lock(items);
+  resetObjectItems(items, slotCount);
+  return &items;
+}
+
+}  // namespace
+
+void* createNdArrayResultLike(void* source, const std::string& typeName, unsigned long slotCount, ListData*& dataList) {
+  return createNdArrayResultLike(source, typeName.c_str(), slotCount, dataList);
+}
+
+void* createNdArrayResultLike(void* source, const char* typeName, unsigned long slotCount, ListData*& dataList) {
+  RootSlot result;
+  ListData* items = makeResult(result, source, instanceOf(source), typeName, slotCount);
+  if (items != nullptr) dataList = items;
+  return result.get();
+}
+
+void copyNdArrayDescription(NdArrayMetadata& meta, void* source) { describeLike(meta, source, instanceOf(source)); }
+
 NdArrayDoubleBufferView makeNdArrayDoubleResult(RootSlot& result, void* source, const char* typeName, bool sameType,
                                                 unsigned long count) {
-  ListData* items = nullptr;
-  result.set(createNdArrayResultLike(source, typeName, count, items));
+  return makeNdArrayDoubleResult(result, source, instanceOf(source), typeName, sameType, count);
+}
+
+NdArrayDoubleBufferView makeNdArrayDoubleResult(RootSlot& result, void* source, ObjectInstance* sourceInstance,
+                                                const char* typeName, bool sameType, unsigned long count) {
+  const bool made = makeResult(result, source, sourceInstance, typeName, count) != nullptr;
+  ObjectInstance* instance = made ? getObject(result.get()) : nullptr;
   const bool usualName = !sameType && std::strcmp(typeName, kDoubleArrayName) == 0;
-  if (result.get() != nullptr) passOnElementType(result.get(), source, sameType, usualName);
-  const NdArrayDoubleBufferView view = ensureNdArrayDoubleBuffer(result.get(), false, false);
+  if (instance != nullptr) passOnElementType(instance, sourceInstance, sameType, usualName);
+  const NdArrayDoubleBufferView view = makeNdArrayDoubleBuffer(result.get(), instance);
   if (view.data == nullptr) {
     Vesk_raise(kTypeError, "cannot allocate native NDArray<Double> result");
   } else if (usualName) {
@@ -80,8 +94,7 @@ NdArrayDoubleBufferView makeNdArrayDoubleResult(RootSlot& result, void* source, 
 }
 
 ListData& makeNdArrayListResult(RootSlot& result, void* source, const char* typeName, unsigned long count) {
-  ListData* items = nullptr;
-  result.set(createNdArrayResultLike(source, typeName, count, items));
-  if (result.get() == nullptr) throw std::bad_alloc();
+  ListData* items = makeResult(result, source, instanceOf(source), typeName, count);
+  if (items == nullptr) throw std::bad_alloc();
   return *items;
 }

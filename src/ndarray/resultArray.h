@@ -24,6 +24,9 @@ void copyNdArrayDescription(NdArrayMetadata& meta, void* source);
 // allocate: `source` is rooted by the caller, and pointers to its values are still valid afterwards.
 NdArrayDoubleBufferView makeNdArrayDoubleResult(RootSlot& result, void* source, const char* typeName, bool sameType,
                                                 unsigned long count);
+// For callers that hold the source's record already.
+NdArrayDoubleBufferView makeNdArrayDoubleResult(RootSlot& result, void* source, ObjectInstance* sourceInstance,
+                                                const char* typeName, bool sameType, unsigned long count);
 
 // The same for list results, in `result`: never null. Throws std::bad_alloc when the host makes no object.
 ListData& makeNdArrayListResult(RootSlot& result, void* source, const char* typeName, unsigned long count);

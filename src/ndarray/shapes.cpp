@@ -13,11 +13,6 @@ namespace {
 constexpr const char* kNotTwoDimensional = "2D indexing used on non-2D NDArray";
 constexpr const char* kInvalidShape = "Invalid NDArray shape";
 
-const NdArrayMetadata* metadataOf(void* array) {
-  const ObjectInstance* instance = instanceOf(array);
-  return instance != nullptr ? instance->metadata : nullptr;
-}
-
 bool extentsFromMetadata(NdArrayMetadata& meta, long long& rows, long long& cols) {
   if (meta.ndim != 2) return raiseFalse(kValueException, kNotTwoDimensional);
   if (meta.prefixValid == 0) refreshNdArrayShapePrefix(meta);
@@ -98,9 +93,11 @@ bool snapshotNdArray2DShapeFast(void* array, ObjectInstance* instance, long long
   return extentsFromFields(array, rows, cols);
 }
 
-bool shapeEqualsNdArray(void* a, void* b) {
-  const NdArrayMetadata* metaA = metadataOf(a);
-  const NdArrayMetadata* metaB = metadataOf(b);
+bool shapeEqualsNdArray(void* a, void* b) { return shapeEqualsNdArray(a, instanceOf(a), b, instanceOf(b)); }
+
+bool shapeEqualsNdArray(void* a, const ObjectInstance* instanceA, void* b, const ObjectInstance* instanceB) {
+  const NdArrayMetadata* metaA = instanceA != nullptr ? instanceA->metadata : nullptr;
+  const NdArrayMetadata* metaB = instanceB != nullptr ? instanceB->metadata : nullptr;
   if (metaA != nullptr && metaB != nullptr) {
     if (const std::optional<bool> equal = equalByMetadata(*metaA, *metaB)) return *equal;
   }

@@ -23,6 +23,8 @@ bool snapshotNdArray2DShapeFast(void* array, ObjectInstance* instance, long long
 // Whether both arrays have the same rank and extents. Locks both shape lists (a's first) unless they are one list or
 // the metadata settles it. Raises nothing.
 bool shapeEqualsNdArray(void* a, void* b);
+// For callers that hold both records (null for foreign pointers) already.
+bool shapeEqualsNdArray(void* a, const ObjectInstance* instanceA, void* b, const ObjectInstance* instanceB);
 
 // Row-major strides in elements, one per extent; products wrap modulo 2^64.
 std::vector<unsigned long> rowMajorStridesForShape(const std::vector<unsigned long>& extents);

@@ -83,12 +83,21 @@ bool computeBlocks(const Operands& in, unsigned long count, NdArrayBinaryArithme
   });
 }
 
-void* overBuffers(void* lhs, void* rhs, NdArrayDoubleBufferView in, NdArrayBinaryArithmeticOp op) {
+// An operand and its record.
+struct Array {
+  void* object;
+  ObjectInstance* instance;
+
+  explicit Array(void* array) : object(array), instance(instanceOf(array)) {}
+};
+
+void* overBuffers(const Array& lhs, const Array& rhs, NdArrayDoubleBufferView in, NdArrayBinaryArithmeticOp op) {
   RootSlot result;
-  const char* typeName = Vesk_objectTypeName(lhs);
-  const NdArrayDoubleBufferView out = makeNdArrayDoubleResult(result, lhs, typeName, true, in.count);
+  const char* typeName = Vesk_objectTypeName(lhs.object);
+  const NdArrayDoubleBufferView out =
+      makeNdArrayDoubleResult(result, lhs.object, lhs.instance, typeName, true, in.count);
   if (out.data == nullptr) return nullptr;
-  const double* values = secondOperandValues(rhs, in.count, out.data, kNotNumeric);
+  const double* values = secondOperandValues(rhs.object, rhs.instance, in.count, out.data, kNotNumeric);
   if (values == nullptr) return nullptr;
   applyBinaryArithmetic(out.data, in.data, values, in.count, op);
   return result.get();
@@ -202,10 +211,12 @@ void* overLists(void* lhs, void* rhs, NdArrayBinaryArithmeticOp op) {
 
 void* applyNdArrayBinaryArithmetic(void* lhs, void* rhs, NdArrayBinaryArithmeticOp op) {
   if (lhs == nullptr) return nullptr;
-  const RootSlot left(lhs);
-  const RootSlot right(rhs);
-  if (!isRuntimeNdArrayObject(rhs)) return raiseNull(kTypeError, rowOf(kRows, op).notAnArrayMessage);
-  if (!shapeEqualsNdArray(lhs, rhs)) return raiseNull(kValueException, kShapeMismatch);
-  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(lhs, true, true);
-  return in.data != nullptr ? overBuffers(lhs, rhs, in, op) : overLists(lhs, rhs, op);
+  const RootSlot leftSlot(lhs);
+  const RootSlot rightSlot(rhs);
+  const Array left(lhs);
+  const Array right(rhs);
+  if (!isRuntimeNdArrayObject(rhs, right.instance)) return raiseNull(kTypeError, rowOf(kRows, op).notAnArrayMessage);
+  if (!shapeEqualsNdArray(lhs, left.instance, rhs, right.instance)) return raiseNull(kValueException, kShapeMismatch);
+  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(lhs, left.instance, true, true);
+  return in.data != nullptr ? overBuffers(left, right, in, op) : overLists(lhs, rhs, op);
 }

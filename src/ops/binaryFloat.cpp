@@ -53,12 +53,13 @@ bool readNumber(double& number, void* other, const Row& row) {
 // The result is made before `other` is looked at.
 void* overBuffers(void* receiver, void* other, NdArrayDoubleBufferView in, const Row& row) {
   RootSlot result;
-  const std::string typeName = ndArrayResultTypeName(receiver, "Double");
+  const NdArrayDoubleResultTypeName typeName(receiver);
   const NdArrayDoubleBufferView out = makeNdArrayDoubleResult(result, receiver, typeName.c_str(), false, in.count);
   if (out.data == nullptr) return nullptr;
-  if (isRuntimeNdArrayObject(other)) {
+  ObjectInstance* otherInstance = instanceOf(other);
+  if (isRuntimeNdArrayObject(other, otherInstance)) {
     if (!shapeEqualsNdArray(receiver, other)) return raiseNull(kValueException, kShapeMismatch);
-    const double* values = secondOperandValues(other, in.count, out.data, row.notNumericMessage);
+    const double* values = secondOperandValues(other, otherInstance, in.count, out.data, row.notNumericMessage);
     if (values == nullptr) return nullptr;
     row.withValues(out.data, in.data, values, in.count);
   } else {
@@ -118,7 +119,7 @@ void* overLists(void* receiver, void* other, const Row& row) {
   if (kind == NdArrayNumericKind::None) return raiseNull(kTypeError, row.notNumericMessage);
 
   const unsigned long count = list->objects.size;
-  const std::string typeName = ndArrayResultTypeName(receiver, "Double");
+  const NdArrayDoubleResultTypeName typeName(receiver);
   ListData& out = makeNdArrayListResult(result, receiver, typeName.c_str(), count);
   const ListDataLock outLock(out);
   const bool opened =

@@ -91,12 +91,13 @@ void readIntegers(long long* out, const ListData& list, unsigned long start, uns
   readElements(out, list, start, length, kind);
 }
 
-const double* secondOperandValues(void* operand, unsigned long count, double* scratch, const char* notNumeric) {
+const double* secondOperandValues(void* operand, ObjectInstance* instance, unsigned long count, double* scratch,
+                                  const char* notNumeric) {
   const auto fail = [](const char* exceptionTypeName, const char* message) -> const double* {
     Vesk_raise(exceptionTypeName, message);
     return nullptr;
   };
-  const NdArrayDoubleBufferView buffer = ensureNdArrayDoubleBuffer(operand, true, true);
+  const NdArrayDoubleBufferView buffer = ensureNdArrayDoubleBuffer(operand, instance, true, true);
   if (buffer.data != nullptr) return buffer.count == count ? buffer.data : fail(kValueException, kShapeMismatch);
   RootSlot data;
   ListData* list = openDataList(data, operand);

@@ -38,10 +38,12 @@ void readDoubles(double* out, const ListData& list, unsigned long start, unsigne
 void readIntegers(long long* out, const ListData& list, unsigned long start, unsigned long length,
                   NdArrayNumericKind kind);
 
-// The values of the second operand of an operation over native buffers of `count` values: its own buffer, or, when it
-// has none, the items of its data list read into `scratch`. Raises TypeError (`notNumeric` for items that are no
-// numbers) or ValueException and returns null. May allocate: the operand is rooted. Holds its list's lock meanwhile.
-const double* secondOperandValues(void* operand, unsigned long count, double* scratch, const char* notNumeric);
+// The values of the second operand, given with its record, of an operation over native buffers of `count` values: its
+// own buffer, or, when it has none, the items of its data list read into `scratch`. Raises TypeError (`notNumeric` for
+// items that are no numbers) or ValueException and returns null. May allocate: the operand is rooted. Holds its list's
+// lock meanwhile.
+const double* secondOperandValues(void* operand, ObjectInstance* instance, unsigned long count, double* scratch,
+                                  const char* notNumeric);
 
 // Stores one new box per value into items `start` and following of a result list: Double boxes, or boxes of the named
 // short type, where "Float" rounds to single precision. May allocate: the list is rooted and its lock held. Throws

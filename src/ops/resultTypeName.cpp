@@ -1,5 +1,7 @@
 #include "ops/resultTypeName.h"
 
+#include <cstring>
+
 #include "ndarray/recognition.h"
 #include "runtime/hostOperations.h"
 
@@ -15,6 +17,23 @@ std::string arrayClassOf(const std::string& fullName) {
   return name;
 }
 
+// The last name that this thread asked for and its answer, which depends on the name alone. Names that do not fit are
+// not remembered. Plain arrays, because thread-local storage here has no destructors.
+struct Memo {
+  static constexpr std::size_t kLongest = 127;
+
+  char name[kLongest + 1];
+  char result[kLongest + 1];
+};
+constinit thread_local Memo gMemo{};
+
+void remember(const char* name, const std::string& result) {
+  const std::size_t length = std::strlen(name);
+  if (length > Memo::kLongest || result.size() > Memo::kLongest) return;
+  std::memcpy(gMemo.name, name, length + 1);
+  std::memcpy(gMemo.result, result.c_str(), result.size() + 1);
+}
+
 }  // namespace
 
 std::string ndArrayResultTypeName(void* operand, const std::string& resultElementType) {
@@ -23,4 +42,12 @@ std::string ndArrayResultTypeName(void* operand, const std::string& resultElemen
   name += resultElementType;
   name += '>';
   return name;
+}
+
+NdArrayDoubleResultTypeName::NdArrayDoubleResultTypeName(void* operand) : text_(gMemo.result) {
+  const char* name = Vesk_objectTypeName(operand);
+  if (name != nullptr && gMemo.result[0] != '\0' && std::strcmp(name, gMemo.name) == 0) return;
+  computed_ = ndArrayResultTypeName(operand, "Double");
+  text_ = computed_.c_str();
+  remember(name, computed_);
 }

@@ -1,6 +1,7 @@
 #include "ops/unaryFloat.h"
 
 #include "kernels/unaryFloat.h"
+#include "ndarray/recognition.h"
 #include "ndarray/resultArray.h"
 #include "ops/listOperand.h"
 #include "ops/resultTypeName.h"
@@ -15,10 +16,11 @@ bool checkDomain(const NdArrayUnaryFloatRow& row, const double* values, unsigned
   return raiseFalse(kValueException, row.outsideMessage);
 }
 
-void* overBuffers(void* operand, NdArrayDoubleBufferView in, NdArrayUnaryFloatOp op) {
+void* overBuffers(void* operand, ObjectInstance* instance, NdArrayDoubleBufferView in, NdArrayUnaryFloatOp op) {
   RootSlot result;
-  const std::string typeName = ndArrayResultTypeName(operand, "Double");
-  const NdArrayDoubleBufferView out = makeNdArrayDoubleResult(result, operand, typeName.c_str(), false, in.count);
+  const NdArrayDoubleResultTypeName typeName(operand);
+  const NdArrayDoubleBufferView out =
+      makeNdArrayDoubleResult(result, operand, instance, typeName.c_str(), false, in.count);
   if (out.data == nullptr || !checkDomain(unaryFloatRow(op), in.data, in.count)) return nullptr;
   applyUnaryFloat(out.data, in.data, in.count, op);
   return result.get();
@@ -36,7 +38,7 @@ void* overList(void* operand, NdArrayUnaryFloatOp op) {
   if (kind == NdArrayNumericKind::None) return raiseNull(kTypeError, row.notNumericMessage);
 
   const unsigned long count = list->objects.size;
-  const std::string typeName = ndArrayResultTypeName(operand, "Double");
+  const NdArrayDoubleResultTypeName typeName(operand);
   ListData& out = makeNdArrayListResult(result, operand, typeName.c_str(), count);
   const ListDataLock outLock(out);
   const bool complete = forEachBlock(count, [&](unsigned long start, unsigned long length) {
@@ -55,8 +57,9 @@ void* overList(void* operand, NdArrayUnaryFloatOp op) {
 void* applyNdArrayUnaryFloat(void* operand, NdArrayUnaryFloatOp op) {
   if (operand == nullptr) return nullptr;
   const RootSlot array(operand);
-  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(operand, true, true);
-  return in.data != nullptr ? overBuffers(operand, in, op) : overList(operand, op);
+  ObjectInstance* instance = instanceOf(operand);
+  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(operand, instance, true, true);
+  return in.data != nullptr ? overBuffers(operand, instance, in, op) : overList(operand, op);
 }
 
 double applyUnaryFloatOp(NdArrayUnaryFloatOp op, double x) {

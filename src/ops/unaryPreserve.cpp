@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kernels/unaryPreserve.h"
+#include "ndarray/recognition.h"
 #include "ndarray/resultArray.h"
 #include "ops/listOperand.h"
 #include "runtime/integerRules.h"
@@ -11,10 +12,10 @@
 
 namespace {
 
-void* overBuffers(void* array, NdArrayDoubleBufferView in, NdArrayUnaryPreserveOp op) {
+void* overBuffers(void* array, ObjectInstance* instance, NdArrayDoubleBufferView in, NdArrayUnaryPreserveOp op) {
   RootSlot result;
   const char* typeName = Vesk_objectTypeName(array);
-  const NdArrayDoubleBufferView out = makeNdArrayDoubleResult(result, array, typeName, true, in.count);
+  const NdArrayDoubleBufferView out = makeNdArrayDoubleResult(result, array, instance, typeName, true, in.count);
   if (out.data == nullptr) return nullptr;
   applyUnaryPreserve(out.data, in.data, in.count, op);
   return result.get();
@@ -72,8 +73,9 @@ void* overList(void* array, NdArrayUnaryPreserveOp op) {
 void* applyNdArrayUnaryPreserve(void* array, NdArrayUnaryPreserveOp op) {
   if (array == nullptr) return nullptr;
   const RootSlot root(array);
-  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(array, true, true);
-  return in.data != nullptr ? overBuffers(array, in, op) : overList(array, op);
+  ObjectInstance* instance = instanceOf(array);
+  const NdArrayDoubleBufferView in = ensureNdArrayDoubleBuffer(array, instance, true, true);
+  return in.data != nullptr ? overBuffers(array, instance, in, op) : overList(array, op);
 }
 
 double applyUnaryPreserveOp(NdArrayUnaryPreserveOp op, double x) {
