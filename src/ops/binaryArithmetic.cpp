@@ -150,13 +150,13 @@ ListData* makePackedResult(RootSlot& result, void* lhs, const std::string& eleme
   return out;
 }
 
-void* overPackedLists(void* lhs, const ListData& left, const ListData& right, NdArrayBinaryArithmeticOp op) {
+void* overPackedLists(RootSlot& result, void* lhs, const ListData& left, const ListData& right,
+                      NdArrayBinaryArithmeticOp op) {
   const unsigned long count = left.primitives.size;
   if (right.primitives.size != count) return raiseNull(kValueException, kShapeMismatch);
   const NdArrayNumericProfile profile = detectNdArrayNumericProfile(left);
   const Operands in{left, right, profile.kind, detectNdArrayNumericProfile(right).kind};
   if (!in.areNumeric()) return raiseNull(kTypeError, kNotNumeric);
-  RootSlot result;
   ListData* out = makePackedResult(result, lhs, profile.typeName, count);
   if (out == nullptr) return nullptr;
   const ListDataLock outLock(*out);
@@ -172,13 +172,14 @@ bool haveSharedItems(const ListData& left, const ListData& right) {
   return listItemsShareSinglePointer(left.objects, item) && listItemsShareSinglePointer(right.objects, item);
 }
 
-void* overItems(void* lhs, ListData& left, ListData& right, NdArrayBinaryArithmeticOp op) {
-  const NdArrayNumericProfile profile = classifyItems(left);
-  const Operands in{left, right, profile.kind, classifyItems(right).kind};
+void* overItems(RootSlot& result, void* lhs, ListData& left, ListData& right, NdArrayBinaryArithmeticOp op) {
+  materializePrimitiveI64ListRuntime(left);
+  materializePrimitiveI64ListRuntime(right);
   const unsigned long count = left.objects.size;
   if (right.objects.size != count) return raiseNull(kValueException, kShapeMismatch);
+  const NdArrayNumericProfile profile = detectNdArrayNumericProfile(left);
+  const Operands in{left, right, profile.kind, detectNdArrayNumericProfile(right).kind};
   if (!in.areNumeric()) return raiseNull(kTypeError, kNotNumeric);
-  RootSlot result;
   ListData& out = makeNdArrayListResult(result, lhs, Vesk_objectTypeName(lhs), count);
   const ListDataLock outLock(out);
   const unsigned long distinct = haveSharedItems(left, right) ? 1 : count;
@@ -195,6 +196,7 @@ void* overItems(void* lhs, ListData& left, ListData& right, NdArrayBinaryArithme
 void* overLists(void* lhs, void* rhs, NdArrayBinaryArithmeticOp op) {
   RootSlot leftData;
   RootSlot rightData;
+  RootSlot result;
   ListData* left = openDataList(leftData, lhs);
   if (left == nullptr) return nullptr;
   ListData* right = openDataList(rightData, rhs);
@@ -203,8 +205,8 @@ void* overLists(void* lhs, void* rhs, NdArrayBinaryArithmeticOp op) {
   const auto isPacked = [](const ListData& list) {
     return list.primitiveKind != kObjectListKind && list.primitiveKind != kBooleanKind;
   };
-  if (isPacked(*left) && isPacked(*right)) return overPackedLists(lhs, *left, *right, op);
-  return overItems(lhs, *left, *right, op);
+  if (isPacked(*left) && isPacked(*right)) return overPackedLists(result, lhs, *left, *right, op);
+  return overItems(result, lhs, *left, *right, op);
 }
 
 }  // namespace

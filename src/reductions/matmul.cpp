@@ -88,7 +88,7 @@ void* multiplyNdArrays(void* lhs, void* rhs) {
     return raiseNull(kValueException, kShapeMismatch);
   }
 
-  const RootSlot result(Vesk_allocObject(Vesk_objectTypeName(lhs)));
+  const RootSlot result(Vesk_allocObject(runtimeTypeNameOf(lhs).c_str()));
   if (result.get() == nullptr) return raiseNull(kTypeError, "cannot allocate native NDArray<Double> result");
   describeProduct(result.get(), {shape.rows, shape.columns});
   const NdArrayDoubleBufferView out = ensureNdArrayDoubleBuffer(result.get(), false, false);
