@@ -95,7 +95,7 @@ const TypeInfo& findOrInternType(const char* name, RecentName& recent) {
   if (found == names.types.end()) {
     auto type = std::make_unique<const TypeInfo>(classify(name, names));
     found = names.types.emplace(type->name, type.get()).first;
-    type.release();  // lives on in the table
+    static_cast<void>(type.release());  // lives on in the table
   }
   recent = {name, found->second};
   return *found->second;
