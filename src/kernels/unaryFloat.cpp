@@ -1,6 +1,5 @@
 #include "kernels/unaryFloat.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "kernels/operationRows.h"
@@ -44,14 +43,17 @@ struct BeyondOne {
 // Gathers the masks of a whole block before it decides: only whether any value fails matters, not which.
 template <class Outside>
 bool anyOutside(const double* values, unsigned long length) {
-  constexpr unsigned long kBlock = 512;
-  for (unsigned long start = 0; start < length; start += kBlock) {
-    const unsigned long end = start + std::min(kBlock, length - start);
+  constexpr unsigned long kBlock = 16;
+  unsigned long i = 0;
+  for (; length - i >= kBlock; i += kBlock) {
     __m128d failures = _mm_setzero_pd();
-    unsigned long i = start;
-    for (; end - i >= 2; i += 2) failures = _mm_or_pd(failures, Outside::mask(_mm_loadu_pd(values + i)));
-    if (i < end) failures = _mm_or_pd(failures, Outside::mask(_mm_set1_pd(values[i])));
+    for (unsigned long k = i; k < i + kBlock; k += 2) {
+      failures = _mm_or_pd(failures, Outside::mask(_mm_loadu_pd(values + k)));
+    }
     if (_mm_movemask_pd(failures) != 0) return true;
+  }
+  for (; i < length; ++i) {
+    if (_mm_movemask_pd(Outside::mask(_mm_set1_pd(values[i]))) != 0) return true;
   }
   return false;
 }

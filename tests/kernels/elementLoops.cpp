@@ -106,8 +106,8 @@ TEST(ElementKernels, findAValueOutsideTheDomainWhereverItIs) {
                                           {Op::Acos, -1},    {Op::Log, 5e-324},         {Op::Log10, 5e-324},
                                           {Op::Log2, 5e-324}};
   for (const auto& [op, low] : lowest)
-    for (unsigned long length = 1; length < 1600; length += length < 9 ? 1 : 507)
-      for (unsigned long i = 0; i < length; i += i % 512 == 4 ? 503 : 1) {
+    for (unsigned long length = 1; length < 40; ++length)
+      for (unsigned long i = 0; i < length; ++i) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(op) << ": " << i << " of " << length);
         std::vector<double> values(length, 1.0);
         const auto& outside = unaryFloatRow(op).anyOutside;
