@@ -32,6 +32,11 @@ bool hasInlineFields(const ObjectInstance& object) {
 
 bool hasStorage(const ObjectInstance& object) { return object.header == (headerOf(ClassKind::Array, 0) | kStorageBit); }
 
+NdArrayDoubleStorage* storageOf(ObjectInstance* instance) {
+  if (instance == nullptr || !hasStorage(*instance)) return nullptr;
+  return &recordAs<ArrayRecord>(*instance).storage;
+}
+
 }  // namespace
 
 NdArrayMetadata& attachMetadata(ThreadState& thread, ObjectInstance& object) {
@@ -59,20 +64,6 @@ void releaseArray(ObjectInstance& object) {
 }
 
 }  // namespace host
-
-namespace {
-
-NdArrayDoubleStorage* storageOf(ObjectInstance* instance) {
-  if (instance == nullptr || !host::hasStorage(*instance)) return nullptr;
-  return &host::recordAs<host::ArrayRecord>(*instance).storage;
-}
-
-[[gnu::cold, gnu::noinline]] NdArrayDoubleStorage* currentStorageUnusually(ObjectInstance* instance) {
-  host::enterOperation("currentNdArrayDoubleStorage");
-  return storageOf(instance);
-}
-
-}  // namespace
 
 ObjectInstance* allocateInlineNdArrayDoubleObject(const char* typeName) {
   host::ThreadState& thread = host::enterOperation("allocateInlineNdArrayDoubleObject");
@@ -108,7 +99,8 @@ NdArrayDoubleStorage* ensureNdArrayDoubleStorage(ObjectInstance* instance) {
 }
 
 NdArrayDoubleStorage* currentNdArrayDoubleStorage(ObjectInstance* instance) {
-  return host::enteredQuietly() ? storageOf(instance) : currentStorageUnusually(instance);
+  host::enterOperation("currentNdArrayDoubleStorage");
+  return host::storageOf(instance);
 }
 
 // Ready native values count before the data list. Nothing is needed of the array once the sum is known, so it may be
@@ -117,7 +109,7 @@ void* sumNumericCollection(void* array, const std::string& elementTypeName) {
   host::enterOperation("sumNumericCollection");
   ObjectInstance& object = host::liveObject(array, "sumNumericCollection");
   double sum = 0;
-  const NdArrayDoubleStorage* storage = storageOf(&object);
+  const NdArrayDoubleStorage* storage = host::storageOf(&object);
   if (storage != nullptr && storage->ready != 0) {
     const double* values = storage->heapAllocated != 0 ? storage->heapValues : storage->inlineValues;
     for (unsigned long i = 0; i < storage->count; ++i) sum += values[i];

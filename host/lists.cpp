@@ -106,7 +106,7 @@ void releaseList(ListRecord& record) {
   if (record.lockedLink == nullptr) return;
   *record.lockedLink = record.nextLocked;
   if (record.nextLocked != nullptr) record.nextLocked->lockedLink = record.lockedLink;
-  if (isHeld(record.mutex)) return noteMisuse(gThread, "a list was found dead while its lock was held", "a collection");
+  if (isHeld(record.mutex)) return noteMisuse(gThread, "a list was found dead while its lock was held");
   pthread_mutex_destroy(&record.mutex);
 }
 

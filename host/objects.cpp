@@ -82,20 +82,6 @@ void* newString(std::string_view text) {
 
 }  // namespace host
 
-namespace {
-
-[[gnu::cold, gnu::noinline]] bool hasMagicUnusually(void* pointer) {
-  host::enterOperation("hasObjectMagic");
-  return host::isObjectStart(pointer);
-}
-
-[[gnu::cold, gnu::noinline]] ObjectInstance* getObjectUnusually(void* object) {
-  host::enterOperation("getObject");
-  return static_cast<ObjectInstance*>(object);
-}
-
-}  // namespace
-
 void* Vesk_allocObject(const char* typeName) {
   return &host::makeObject(host::enterOperation("Vesk_allocObject"), host::internType(typeName));
 }
@@ -107,12 +93,12 @@ const char* Vesk_objectTypeName(void* object) {
 }
 
 bool hasObjectMagic(void* pointer) {
-  if (!host::enteredQuietly()) return hasMagicUnusually(pointer);
+  host::enterOperation("hasObjectMagic");
   return host::isObjectStart(pointer);
 }
 
 ObjectInstance* getObject(void* object) {
-  if (!host::enteredQuietly()) return getObjectUnusually(object);
+  host::enterOperation("getObject");
   return static_cast<ObjectInstance*>(object);
 }
 

@@ -80,7 +80,8 @@ ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind 
 void releaseOwned(ObjectInstance& object);
 inline void releaseObject(char* record) {
   auto& object = *reinterpret_cast<ObjectInstance*>(record);
-  if (object.finalizerRegistered != 0 || classOf(object) == ClassKind::List) releaseOwned(object);
+  const bool hasMutex = classOf(object) == ClassKind::List && recordAs<ListRecord>(object).lockedLink != nullptr;
+  if (hasMutex || object.finalizerRegistered != 0) releaseOwned(object);
 }
 // Whether a live object's record can be one.
 bool isRecordSound(const char* record);

@@ -22,7 +22,7 @@ void releaseOutOfOrder(ThreadState& thread, void** slot) {
   if (found == end) host::stopProcess("Vesk_gcUnregisterRootSlot of a slot that is not registered");
   std::copy(found + 1, end, found);
   --thread.slotCount;
-  host::noteMisuse(thread, "a root slot released out of order", "Vesk_gcUnregisterRootSlot");
+  host::noteMisuse(thread, "a root slot was released out of order");
 }
 
 }  // namespace
@@ -36,9 +36,8 @@ void Vesk_gcRegisterRootSlot(void** slot) {
 
 // The one operation that a module still calls after a raise.
 void Vesk_gcUnregisterRootSlot(void** slot) {
-  ThreadState& thread = host::gThread;
-  if (thread.mode == host::ThreadMode::Detached) host::noteUnusualEntry(thread, "Vesk_gcUnregisterRootSlot");
-  ++thread.tally.operations;
+  ThreadState& thread = host::enterOperation("Vesk_gcUnregisterRootSlot");
+  ++thread.slotReleases;
   if (thread.slotCount == 0 || thread.slots[thread.slotCount - 1] != slot) return releaseOutOfOrder(thread, slot);
   --thread.slotCount;
 }

@@ -49,30 +49,20 @@ void beginToCount(ThreadState& thread) {
 
 }  // namespace
 
-void noteMisuse(ThreadState& thread, const char* misuse, const char* operation) {
-  if (thread.misuse != nullptr) return;
-  thread.misuse = misuse;
-  thread.misusedIn = operation;
-}
-
-void noteUnusualEntry(ThreadState& thread, const char* operation) {
-  if (thread.mode == ThreadMode::Detached) stopProcess("%s on a thread that is not attached", operation);
-  noteMisuse(thread, "an operation after a raise", operation);
-}
+void stopDetached(const char* operation) { stopProcess("%s on a thread that is not attached", operation); }
 
 bool isOnlyCountingThread() { return gThread.counts && gCountingThreads == 1; }
 
 void attachThread() {
   ThreadState& thread = gThread;
   if (!thread.counts) beginToCount(thread);
-  if (thread.attachDepth++ != 0) return;
-  thread.mode = thread.pendingType == nullptr ? ThreadMode::Attached : ThreadMode::Raised;
+  ++thread.attachDepth;
 }
 
 void detachThread() {
   ThreadState& thread = gThread;
   if (thread.attachDepth == 0) stopProcess("detachThread on a thread that is not attached");
-  if (--thread.attachDepth == 0) thread.mode = ThreadMode::Detached;
+  --thread.attachDepth;
 }
 
 OperationCounts operationCounts() { return gThread.tally; }

@@ -9,13 +9,9 @@
 
 namespace host {
 
-// What entering an operation means for this thread. Anything but Attached takes the slow way.
-enum class ThreadMode : unsigned char { Detached, Attached, Raised };
-
 struct ThreadState {
-  ThreadMode mode;
-  bool counts;  // for the collector: from the first attach until the thread exits
   unsigned attachDepth;
+  bool counts;  // for the collector: from the first attach until the thread exits
 
   unsigned long credit;  // bytes that it may still allocate before asking the heap again
   PageCursor cursors[kSizeClassCount];
@@ -30,36 +26,35 @@ struct ThreadState {
 
   char* pendingType;  // of the pending exception, null when there is none; both copied by strdup
   char* pendingMessage;
-  const char* misuse;     // what the module did wrong first since the last check, null when nothing
-  const char* misusedIn;  // the operation that noticed it
+  unsigned long operationsBeforeRaise;  // as operationsButReleases counts them
+  const char* misuse;                   // the first thing that the module did wrong since the last check, or null
 
   std::uint64_t randomState;
   OperationCounts tally;
+  unsigned long slotReleases;  // of the operations in the tally
 };
 
 extern constinit thread_local ThreadState gThread;
 
-// Stops the process on a detached thread; on one with a pending exception records that the module went on.
-[[gnu::cold]] void noteUnusualEntry(ThreadState& thread, const char* operation);
+// Keeps what a module does wrong first for the next NativeCallCheck.
+inline void noteMisuse(ThreadState& thread, const char* misuse) {
+  if (thread.misuse == nullptr) thread.misuse = misuse;
+}
 
-// Keeps the first thing that a module does wrong for the next NativeCallCheck.
-void noteMisuse(ThreadState& thread, const char* misuse, const char* operation);
+// After a raise only root slots are released, so this stands still until the exception is taken.
+inline unsigned long operationsButReleases(const ThreadState& thread) {
+  return thread.tally.operations - thread.slotReleases;
+}
+
+[[noreturn]] void stopDetached(const char* operation);
 
 // The first line of every host operation.
 inline ThreadState& enterOperation(const char* operation) {
   ThreadState& thread = gThread;
-  if (thread.mode != ThreadMode::Attached) [[unlikely]]
-    noteUnusualEntry(thread, operation);
+  if (thread.attachDepth == 0) [[unlikely]]
+    stopDetached(operation);
   ++thread.tally.operations;
   return thread;
-}
-
-// The same for operations of a few instructions: false, with nothing done, where enterOperation must be called.
-inline bool enteredQuietly() {
-  if (gThread.mode != ThreadMode::Attached) [[unlikely]]
-    return false;
-  ++gThread.tally.operations;
-  return true;
 }
 
 // Whether this thread is the only one that counts, so that a collection may run on it.
