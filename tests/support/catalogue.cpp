@@ -181,16 +181,12 @@ std::vector<Rule> readRules() {
   return rules;
 }
 
-void addScenarios(std::vector<Scenario>& all, const std::vector<const Native*>& candidates, const Rule& rule,
-                  const Words& arguments) {
-  if (arguments.size() == rule.alternatives.size()) {
-    all.push_back({candidates[all.size() % candidates.size()], arguments});
-    return;
-  }
-  for (const std::string& alternative : rule.alternatives[arguments.size()]) {
-    Words more = arguments;
+void addCombinations(std::vector<Words>& all, const std::vector<Words>& alternatives, const Words& chosen = {}) {
+  if (chosen.size() == alternatives.size()) return all.push_back(chosen);
+  for (const std::string& alternative : alternatives[chosen.size()]) {
+    Words more = chosen;
     more.push_back(alternative);
-    addScenarios(all, candidates, rule, more);
+    addCombinations(all, alternatives, more);
   }
 }
 
@@ -199,13 +195,17 @@ void addScenarios(std::vector<Scenario>& all, const std::vector<const Native*>& 
 const std::vector<Scenario>& catalogue() {
   static const auto& all = *[] {
     auto* made = new std::vector<Scenario>;
-    for (const Rule& rule : readRules())
-      for (const std::string& operation : rule.operations) {
+    for (const Rule& rule : readRules()) {
+      std::vector<Words> combinations;
+      addCombinations(combinations, rule.alternatives);
+      for (std::size_t i = 0; i < rule.operations.size(); ++i) {
         std::vector<const Native*> candidates;
         for (const Native& native : natives())
-          if (native.operation->name == operation) candidates.push_back(&native);
-        addScenarios(*made, candidates, rule, {});
+          if (native.operation->name == rule.operations[i]) candidates.push_back(&native);
+        for (std::size_t k = 0; k < combinations.size(); ++k)
+          made->push_back({candidates.at(k % candidates.size()), combinations[k], k % rule.operations.size() == i});
       }
+    }
     return made;
   }();
   return all;

@@ -6,6 +6,7 @@
 struct Scenario {
   const Native* native;
   std::vector<std::string> arguments;
+  bool inSweeps;  // every combination of arguments is, with one of its operations in turn
 
   std::string text() const;
 };

@@ -31,8 +31,10 @@ using Values = std::vector<Value>;
 struct Model {
   World& world;
   unsigned declined = 0;
+  unsigned requests = 0;
 
   bool available() {
+    ++requests;
     const bool answer = (declined & 1U) == 0;
     declined >>= 1;
     return answer;

@@ -48,11 +48,14 @@ Ref sum(Model& m, Ref array) {
 // Without a buffer it is the host that adds up, item by item, and raises.
 double plainSum(Model& m, Ref array, bool caches) {
   if (array == nullptr) return 0;
+  if (array->buffer && array->buffer->ready && array->buffer->sumValid) return array->buffer->sum;
   double total = 0;
   if (Buffer* buffer = bufferOf(m, array)) {
     if (buffer->sumValid) return buffer->sum;
     total = orderedSum(buffer->values);
     if (caches) buffer->sum = total, buffer->sumValid = true;
+  } else if (array->buffer && array->buffer->ready) {
+    total = std::accumulate(array->buffer->values.begin(), array->buffer->values.end(), 0.0);
   } else if (Ref list = array->data) {
     for (Ref item : list->items)
       if (item == nullptr || item->kind != Kind::Box) raise("TypeError", "sum expects numeric NDArray items");
@@ -78,7 +81,7 @@ void sortBy(std::vector<T>& values, Key key) {
 
 void sort1D(Model& m, Ref array) {
   if (array == nullptr) return;
-  if (Buffer* buffer = bufferOf(m, array)) return sortBy(buffer->values, [](double x) { return x; });
+  if (Buffer* buffer = readyBuffer(m, array)) return sortBy(buffer->values, [](double x) { return x; });
   Ref list = array->data;
   if (list == nullptr) return;
   if (isFloatingKind(list->packed)) return sortBy(list->elements, [](Number x) { return x; });
@@ -161,6 +164,12 @@ void storeInBuffer(Buffer& buffer, long long index, double value) {
   buffer.values[size_t(index)] = value;
 }
 
+// The shared empty list is never written to.
+Ref writableData(Model& m, Ref array) {
+  if (array->data != nullptr && array->data->shared == "empty") array->data = newList(m);
+  return array->data;
+}
+
 void setFlat(Model& m, Ref array, long long index, Ref value) {
   checkIndex(array != nullptr);
   if (Buffer* buffer = bufferOf(m, array)) {
@@ -168,7 +177,7 @@ void setFlat(Model& m, Ref array, long long index, Ref value) {
     if (value == nullptr || value->kind != Kind::Box) raise("TypeError", "NDArray<Double> expects numeric values");
     return storeInBuffer(*buffer, index, doubleOf(value));
   }
-  checkIndex(array->data != nullptr);
+  checkIndex(writableData(m, array) != nullptr);
   materialize(m, array->data);
   std::vector<Ref>& items = array->data->items;
   const long long need = std::max(array->size, index + 1);
@@ -178,12 +187,12 @@ void setFlat(Model& m, Ref array, long long index, Ref value) {
 }
 
 double readFlat(Model& m, Ref array, long long index) {
-  if (const Buffer* buffer = array->buffer && array->buffer->ready ? &*array->buffer : bufferOf(m, array))
+  if (const Buffer* buffer = readyBuffer(m, array))
     return checkIndex(within(index, buffer->count)), buffer->values[size_t(index)];
   return doubleOf(getFlat(m, array, index));
 }
 void writeFlat(Model& m, Ref array, long long index, double value) {
-  Buffer* buffer = array->buffer && array->buffer->ready ? &*array->buffer : bufferOf(m, array);
+  Buffer* buffer = readyBuffer(m, array);
   if (buffer == nullptr) return setFlat(m, array, index, newBox(m, "Double", value));
   checkIndex(within(index, buffer->count));
   storeInBuffer(*buffer, index, value);
@@ -244,6 +253,7 @@ Ref newBufferArray(Model& m, const char* type, long long count) {
   array->hasMetadata = true;
   describe(m, array, {count});
   array->data = boxList(m, {}, "empty");
+  if (!m.available()) raise("TypeError", kNoBuffer);
   array->buffer = Buffer{U(count), count > 32, true, true, false, 0, {}};
   return array;
 }
@@ -343,7 +353,7 @@ void fillRandomList(Model& m, Ref list, long long signedCount) {
 void fillRandom(Model& m, Ref array) {
   if (array == nullptr) return;
   Buffer* buffer = bufferOf(m, array, false, false);
-  if (buffer == nullptr) return fillRandomList(m, array->data, array->size);
+  if (buffer == nullptr) return fillRandomList(m, writableData(m, array), array->size);
   buffer->sumValid = buffer->random = true;
 }
 

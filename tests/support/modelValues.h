@@ -233,6 +233,11 @@ inline Buffer* bufferOf(Model& m, Ref array, bool fillFromList = true, bool zero
   return &buffer;
 }
 
+// A buffer that is ready is taken as it is, whatever the array says of itself.
+inline Buffer* readyBuffer(Model& m, Ref array) {
+  return array->buffer && array->buffer->ready ? &*array->buffer : bufferOf(m, array);
+}
+
 inline long long extentAt(Ref shape, std::size_t i) { return i < lengthOf(shape) ? integerAt(shape, i) : 0; }
 
 inline void refreshPrefix(Ref array) {

@@ -24,6 +24,12 @@ bool isTheShared(const std::string& name, void* object) {
   return sharedObjects().objects.emplace(name, object).first->second == object;
 }
 
+bool isKnownShared(const std::string& name, void* object) {
+  const std::lock_guard<std::mutex> lock(sharedObjects().mutex);
+  const auto known = sharedObjects().objects.find(name);
+  return known != sharedObjects().objects.end() && known->second == object;
+}
+
 Number elementOf(const ListData& list, unsigned long index) {
   const unsigned char* element = list.primitives.data + index * list.primitives.elementSize;
   return visitElementKind(
@@ -60,14 +66,16 @@ bool areUniform(const std::vector<double>& values, double sum) {
   return sameDouble(sum, expected) && std::all_of(values.begin(), values.end(), isUniform);
 }
 
-// Everything of a node but the other nodes that it refers to, to the last bit.
-std::string contentOf(const Node& node) {
+// Everything of a node but the other nodes that it refers to, to the last bit; as bytes, or to be read.
+std::string contentOf(const Node& node, bool readable) {
   std::string text = node.kind == Node::Kind::List ? "" : node.type + " ";
-  const auto add = [&](const char* format, auto value) {
+  const auto add = [&](const char* format, auto value, std::size_t bytes = sizeof(long)) {
+    if (!readable) return void(text.append(reinterpret_cast<const char*>(&value), bytes));
     char buffer[64];
     text.append(buffer, static_cast<std::size_t>(std::snprintf(buffer, sizeof buffer, format, value)));
   };
-  const auto addNumber = [&](Number value) { std::isnan(value) ? add("%s ", "nan") : add("%La ", value); };
+  constexpr std::size_t kNumberBytes = 10;  // the rest is padding
+  const auto addNumber = [&](Number value) { add("%La ", std::isnan(value) ? Number(NAN) : value, kNumberBytes); };
   for (const long long field :
        {(long long)node.kind, (long long)node.packed, (long long)node.items.size(), node.ndim, node.size,
         (long long)node.hasMetadata, (long long)node.prefixValid, node.dim0, node.dim1})
@@ -116,6 +124,7 @@ Ref World::see(void* object) {
   const std::string shortName = shortTypeName(node.type);
   if (shortName == "ArrayList") {
     node.kind = Node::Kind::List;
+    if (isKnownShared("empty", object)) node.shared = "empty";
     const ListData& list = *getListData(object);
     node.packed = list.primitiveKind;
     node.elementName = list.elementTypeName.get();
@@ -160,9 +169,9 @@ void Comparison::compare(const std::string& path, const Node* expected, const No
   const auto [known, isFirst] = pairs_.emplace(expected, actual);
   if (known->second != actual || !isRightObject(*expected, *actual)) return differ(path + " is another object");
   if (!isFirst || !difference_.empty()) return;
-  const std::string wanted = contentOf(completed(*expected, *actual));
-  const std::string found = contentOf(*actual);
-  if (wanted != found) return differ(path + ":\n  expected " + wanted + "\n  found    " + found);
+  const Node wanted = completed(*expected, *actual);
+  if (contentOf(wanted, false) != contentOf(*actual, false))
+    return differ(path + ":\n  expected " + contentOf(wanted, true) + "\n  found    " + contentOf(*actual, true));
   for (std::size_t i = 0; i < expected->items.size(); ++i)
     compare(path + "." + std::to_string(i), expected->items[i], actual->items[i]);
   compare(path + ".shape", expected->shape, actual->shape);

@@ -46,7 +46,7 @@ std::vector<double> valuesOf(void* arrayOrList);
 bool sameDouble(double x, double y);
 void expectSameDoubles(const std::vector<double>& actual, const std::vector<double>& expected);
 
-// What stays out of balance after the test: slots, locks, pending exception, heap; empty when nothing.
+// Root slots and a pending exception that were left behind; empty when nothing was.
 std::string leftovers();
 void expectPendingException(const std::string& typeName, const std::string& message);
 

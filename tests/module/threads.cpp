@@ -1,0 +1,131 @@
+// Sixteen threads inside the module at once: on arrays of their own, on shared ones, at first use and at exit.
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include "support/catalogue.h"
+#include "support/program.h"
+
+namespace {
+
+constexpr unsigned long kThreads = 16;
+
+template <class Run>
+void onThreads(Run run) {
+  std::vector<std::thread> threads;
+  for (unsigned long i = 0; i < kThreads; ++i)
+    threads.emplace_back([i, &run] {
+      const host::AttachedThread attached;
+      run(i);
+      EXPECT_EQ(leftovers(), "");
+      releaseKept();
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
+Native nativeOf(const std::string& name, const host::Module& module) {
+  for (const Native& native : natives())
+    if (native.name == "vesk_math_NDArray_" + name) return {native.name, native.operation, module.symbol(native.name)};
+  throw std::runtime_error(name);
+}
+
+// What a call gives: the elements of an array, or a double.
+std::vector<double> called(const Native& native, const Values& arguments) {
+  const Outcome outcome = callNative(native, arguments);
+  EXPECT_EQ(outcome.raised, "");
+  void* result = outcome.result.object;
+  if (result == nullptr) return {outcome.result.real};
+  keep(result);
+  double number = 0;
+  return extractArrayElementDouble(result, number) ? std::vector<double>{number} : valuesOf(result);
+}
+
+// A module of its own, as if just loaded.
+const host::Module& freshModule() {
+  const auto copy = std::filesystem::temp_directory_path() / ("vesk_math_" + std::to_string(getpid()) + ".so");
+  std::filesystem::copy_file(host::defaultModulePath(), copy, std::filesystem::copy_options::overwrite_existing);
+  const auto* module = new host::Module(copy.string());
+  std::filesystem::remove(copy);
+  return *module;
+}
+
+}  // namespace
+
+TEST(Threads, workOnArraysOfTheirOwn) {
+  natives();
+  onThreads([](unsigned long i) { EXPECT_EQ(runProgram(randomBytes(1000 + i, 3000), false), ""); });
+}
+
+// Operands are packed lists when the race begins; a thread adds them in either order.
+TEST(Threads, shareListsAndReadyBuffers) {
+  struct Case {
+    const char *native, *first, *second;
+  };
+  constexpr const char* kInts = "Int packed 1..40 lock";
+  constexpr const char* kFloats = "Float packed 0..1/40 lock";
+  constexpr const char* kReady = "Double buffer 1..40 meta sum=820";
+  const Case cases[] = {{"operator_plus", kInts, kFloats}, {"operator_plus", kFloats, kInts}, {"abs", kInts, "null"},
+                        {"sqrt", kFloats, "null"},         {"pow", kFloats, kInts},           {"pow", kInts, kInts},
+                        {"sum", kReady, "null"},           {"operator_div", kReady, kReady},  {"exp", kReady, "null"},
+                        {"hypot", kReady, kFloats}};
+  std::map<std::string, Value> shared{{"null", {}}};
+  for (const char* form : {kInts, kFloats, kReady}) {
+    shared[form].object = makeObject(form);
+    getObject(shared[form].object)->doubleTypeChecked = 1;  // what a first call would note
+    getObject(shared[form].object)->isDoubleElementArray = form == kReady;
+  }
+  std::map<const Case*, std::vector<double>> expected;
+  for (const Case& one : cases)
+    expected[&one] = called(nativeOf(one.native, theModule()),
+                            {{.object = makeObject(one.first)}, {.object = makeObject(one.second)}});
+  onThreads([&](unsigned long i) {
+    for (unsigned long round = i; round < i + 200; ++round) {
+      const Case& one = cases[round % std::size(cases)];
+      expectSameDoubles(called(nativeOf(one.native, theModule()), {shared[one.first], shared[one.second]}),
+                        expected[&one]);
+    }
+  });
+}
+
+TEST(Threads, meetAtTheFirstUse) {
+  const host::Module& fresh = freshModule();
+  const Native fill = nativeOf("initFilledFastNative", fresh);
+  const Native sum = nativeOf("sum", fresh);
+  void* extents = makeObject("list UInt packed 300,7");
+  std::atomic<unsigned long> ready{0};
+  std::vector<void*> shapes(kThreads);
+  onThreads([&](unsigned long i) {
+    void* array = makeObject("Double none size=0");
+    void* ones = makeObject("Double buffer 1..8");
+    for (++ready; ready < kThreads;) std::this_thread::yield();
+    called(fill, {{.object = array}, {.object = extents}, {.object = nullptr}});
+    EXPECT_EQ(called(sum, {{.object = ones}})[0], 36.0);
+    shapes[i] = Vesk_getField_ptr(array, "_shape");
+  });
+  for (void* shape : shapes) EXPECT_EQ(shape, shapes[0]);
+}
+
+// The process exits, and the statics of the module are gone, while threads go on calling it.
+TEST(Threads, goOnWhileTheProcessExits) {
+  static std::atomic<unsigned long> calls{0};
+  static const auto waitForCalls = [] {
+    for (const unsigned long before = calls; calls < before + 20 * kThreads;) std::this_thread::yield();
+  };
+  const auto exitBusy = [] {
+    std::atexit([] { waitForCalls(); });  // runs when the module's destructors have run
+    static const Native fill = nativeOf("initFilledFastNative", freshModule());
+    for (unsigned long i = 0; i < kThreads; ++i)
+      std::thread([i] {
+        host::attachThread();
+        for (unsigned long round = 0;; ++round, ++calls) {
+          Values arguments{{.object = makeObject("Double none size=0")}, {.object = nullptr}, {.object = nullptr}};
+          arguments[1].object = packedList(7, {static_cast<Number>(i + 1), static_cast<Number>(round % 90 + 1)});
+          if (!callNative(fill, arguments).raised.empty()) std::abort();
+          releaseKept();
+        }
+      }).detach();
+    waitForCalls();
+    std::exit(0);
+  };
+  EXPECT_EXIT(exitBusy(), testing::ExitedWithCode(0), "");
+}
