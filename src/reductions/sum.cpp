@@ -87,7 +87,9 @@ void* sumDataList(void* array) {
   if (data.get() == nullptr) return raiseNull(kValueException, kEmpty);
   ListData& list = *getListData(data.get());
   ListDataLock lock(list);
-  return isIntegralElementKind(list.primitiveKind) ? sumIntegerElements(list) : sumItems(list.objects);
+  if (isIntegralElementKind(list.primitiveKind)) return sumIntegerElements(list);
+  // Packed Float and Double elements count as none, also when a failed materialization left some items behind.
+  return list.primitiveKind == kObjectListKind ? sumItems(list.objects) : raiseNull(kValueException, kEmpty);
 }
 
 bool hasValidSum(const NdArrayDoubleStorage* storage) { return storage != nullptr && storage->sumValid != 0; }
