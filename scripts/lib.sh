@@ -31,7 +31,7 @@ build() {
   local preset=$1
   shift
   cmake --preset "$preset" >/dev/null
-  if (($#)); then cmake --build "build/$preset" -j "$jobs" -t "$@" >&2; else cmake --build "build/$preset" -j "$jobs" >&2; fi
+  cmake --build --preset "$preset" -j "$jobs" -t "${@:-all}" -- --quiet >&2
 }
 
 # Every C++ file of ours under the given directories.
