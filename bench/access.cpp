@@ -17,12 +17,19 @@ void addEmptyCall(const Row& row) {
   });
 }
 
-// An accessor at one index after the other; `call(array, index)` makes the call.
+// An accessor at one index after the other; `call(array, index)` makes the call. Beside it the three look-ups that
+// every accessor asks of the host.
 template <class Call>
 void addAccessor(const char* name, double goal, void* (*operand)(unsigned long, int), unsigned long length, Call call) {
   const Row row{name, length, goal, "an empty call"};
   addPart(row, "native", [=](unsigned long extent) {
     return [=, array = operand(extent, 0), i = 0UL]() mutable { call(array, static_cast<long long>(i++ % kExtent)); };
+  });
+  addPart(row, "host", [=](unsigned long extent) {
+    return [array = operand(extent, 0)] {
+      benchmark::DoNotOptimize(hasObjectMagic(array));
+      benchmark::DoNotOptimize(currentNdArrayDoubleStorage(getObject(array)));
+    };
   });
   addEmptyCall(row);
 }

@@ -12,8 +12,9 @@
 
 namespace bench {
 
-// One row: an operation at one length. The time that counts is the part "kernel" where there is one, else "native";
-// it is held against the largest part whose name begins with "limit".
+// One row: an operation at one length. The time that counts is the part "kernel" where there is one, else "native" less
+// the making of its result ("result") where that is measured, else "native". It is held against the largest part whose
+// name begins with "limit".
 struct Row {
   std::string name;          // "family/operation"
   unsigned long length;      // elements; rows of a square matrix
@@ -28,7 +29,7 @@ void addPart(const Row& row, const char* part, Prepare prepare) {
   benchmark::RegisterBenchmark(name.c_str(), [row, prepare](benchmark::State& state) {
     auto body = prepare(row.length);
     host::collect();
-    body();
+    for (int warming = 0; warming < 2; ++warming) body();  // until memory, caches and names are as in the long run
     for (auto _ : state) body();
     state.counters["goal"] = row.goal;
     state.SetLabel(row.against);
@@ -62,6 +63,9 @@ const std::vector<double>& plainDoubles(unsigned long length, int stream = 0);
 void* doubleArray(unsigned long length, int stream = 0);
 // An array of random doubles of `extent` rows and columns.
 void* squareMatrix(unsigned long extent, int stream = 0);
+
+// Adds the part that makes a result array like a one-dimensional operand, without its values.
+void addResultPart(const Row& row);
 
 NdArrayDoubleStorage& storageOf(void* array);
 double* valuesOf(void* array);

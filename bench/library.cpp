@@ -48,6 +48,7 @@ void addCase(const Case& function, unsigned long length) {
     const std::string method = '_' + std::string(function.name) + "Native";
     return elementwiseCall(method.c_str(), function.isBinary, doubleArray(count, 0), doubleArray(count, 1));
   });
+  addResultPart(row);
   addPart(row, "limit", [function](unsigned long count) {
     return
         [=, out = reusedOutput(count), lhs = valuesOf(doubleArray(count, 0)), rhs = valuesOf(doubleArray(count, 1))] {
