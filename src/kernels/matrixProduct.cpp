@@ -66,7 +66,7 @@ template <class Tiles>
 void finishEdge(double* out, unsigned long stride, const double* sums, const TileSteps& remaining, unsigned long rows,
                 unsigned long columns) {
   double tile[kTileSize];
-  Tiles::finish(tile, kTileColumns, sums, remaining);
+  Tiles::finish(tile, kTileColumns, sums, remaining, 1);
   for (unsigned long i = 0; i < rows; ++i) {
     std::memcpy(out + i * stride, tile + i * kTileColumns, columns * sizeof(double));
   }
@@ -80,16 +80,12 @@ void multiplyPanel(double* out, unsigned long stride, const Block& block, unsign
     Tiles::addPass(pass, block.sums, block.steps(pass, 0, panel), rowPanels);
   }
   const unsigned long columns = std::min(kTileColumns, block.columns - panel * kTileColumns);
-  for (unsigned long i = 0; i < rowPanels; ++i) {
-    double* const to = out + i * kTileRows * stride;
-    const unsigned long rows = std::min(kTileRows, block.rows - i * kTileRows);
-    const double* const sums = block.sums + i * Tiles::kSums;
-    const TileSteps remaining = block.steps(kPasses, i, panel);
-    if (rows == kTileRows && columns == kTileColumns) {
-      Tiles::finish(to, stride, sums, remaining);
-    } else {
-      finishEdge<Tiles>(to, stride, sums, remaining, rows, columns);
-    }
+  const unsigned long whole = columns == kTileColumns ? block.rows / kTileRows : 0;
+  Tiles::finish(out, stride, block.sums, block.steps(kPasses, 0, panel), whole);
+  for (unsigned long i = whole; i < rowPanels; ++i) {
+    const unsigned long top = i * kTileRows;
+    finishEdge<Tiles>(out + top * stride, stride, block.sums + i * Tiles::kSums, block.steps(kPasses, i, panel),
+                      std::min(kTileRows, block.rows - top), columns);
   }
 }
 

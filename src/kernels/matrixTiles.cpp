@@ -123,11 +123,14 @@ NDARRAY_TARGET_AVX2 void Avx2Tiles::addPass(unsigned long pass, double* sums, Ti
   }
 }
 
-NDARRAY_TARGET_AVX2 void Avx2Tiles::finish(double* out, unsigned long stride, const double* sums,
-                                           const TileSteps& remaining) {
-  TileSums tile = loadTile(sums);
-  addSteps(tile, remaining);
-  storeTile(out, stride, tile);
+NDARRAY_TARGET_AVX2 void Avx2Tiles::finish(double* out, unsigned long stride, const double* sums, TileSteps remaining,
+                                           unsigned long tiles) {
+  for (; tiles != 0; --tiles, sums += kSums, out += kTileRows * stride) {
+    TileSums tile = loadTile(sums);
+    addSteps(tile, remaining);
+    storeTile(out, stride, tile);
+    remaining.rows += remaining.count * kTileRows;
+  }
 }
 
 void BaselineTiles::addPass(unsigned long pass, double* sums, TileSteps steps, unsigned long tiles) {
@@ -139,11 +142,14 @@ void BaselineTiles::addPass(unsigned long pass, double* sums, TileSteps steps, u
   }
 }
 
-void BaselineTiles::finish(double* out, unsigned long stride, const double* sums, const TileSteps& remaining) {
-  double tile[kTileSize];
-  for (unsigned long i = 0; i < kTileSize; ++i) tile[i] = sums[i] + sums[kTileSize + i];
-  addSteps(tile, remaining);
-  for (unsigned long i = 0; i < kTileRows; ++i) {
-    std::memcpy(out + i * stride, tile + i * kTileColumns, kTileColumns * sizeof(double));
+void BaselineTiles::finish(double* out, unsigned long stride, const double* sums, TileSteps remaining,
+                           unsigned long tiles) {
+  for (; tiles != 0; --tiles, sums += kSums, remaining.rows += remaining.count * kTileRows) {
+    double tile[kTileSize];
+    for (unsigned long i = 0; i < kTileSize; ++i) tile[i] = sums[i] + sums[kTileSize + i];
+    addSteps(tile, remaining);
+    for (unsigned long i = 0; i < kTileRows; ++i, out += stride) {
+      std::memcpy(out, tile + i * kTileColumns, kTileColumns * sizeof(double));
+    }
   }
 }

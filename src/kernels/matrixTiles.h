@@ -20,8 +20,8 @@ struct Avx2Tiles {
 
   // Runs one of the four passes, which come in order, of `tiles` tiles below each other; their rows follow each other.
   static void addPass(unsigned long pass, double* sums, TileSteps steps, unsigned long tiles);
-  // Adds the remaining terms of one tile one by one and stores its 6 rows in `out`.
-  static void finish(double* out, unsigned long stride, const double* sums, const TileSteps& remaining);
+  // Adds the remaining terms of these tiles one by one and stores their rows in `out`.
+  static void finish(double* out, unsigned long stride, const double* sums, TileSteps remaining, unsigned long tiles);
 };
 
 // The same with the passes combined as (C0 + C1) + (C2 + C3).
@@ -29,5 +29,5 @@ struct BaselineTiles {
   static constexpr unsigned long kSums = 2 * kTileSize;
 
   static void addPass(unsigned long pass, double* sums, TileSteps steps, unsigned long tiles);
-  static void finish(double* out, unsigned long stride, const double* sums, const TileSteps& remaining);
+  static void finish(double* out, unsigned long stride, const double* sums, TileSteps remaining, unsigned long tiles);
 };

@@ -45,8 +45,9 @@ bool holds(NdArrayDoubleBufferView view, unsigned long rows, unsigned long colum
 
 // Writes the fields of the new array. May allocate: the result is rooted by the caller.
 void describeProduct(void* result, const std::vector<unsigned long>& extents) {
+  const unsigned long count = extents[0] * extents[1];
   Vesk_setField_i64(result, "_ndim", 2);
-  Vesk_setField_i64(result, "_size", static_cast<long long>(extents[0] * extents[1]));
+  Vesk_setField_i64(result, "_size", static_cast<long long>(count));
   const RootSlot shape(makeRuntimeUIntArrayList(extents));
   Vesk_setField_ptr(result, "_shape", shape.get());
   const RootSlot strides(makeRuntimeUIntArrayList(rowMajorStridesForShape(extents)));
