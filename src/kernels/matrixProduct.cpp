@@ -136,15 +136,23 @@ void multiplyThin(double* out, const double* lhs, const double* rhs, const Matri
   }
 }
 
+// A single column lies in memory as its dot products read it.
+template <double (*Dot)(const double*, const double*, unsigned long)>
+void multiplyWithColumn(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
+  for (unsigned long i = 0; i < shape.rows; ++i) out[i] = Dot(lhs + i * shape.inner, rhs, shape.inner);
+}
+
 }  // namespace
 
 void multiplyMatricesAvx2(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
   if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductAvx2);
+  if (shape.columns == 1) return multiplyWithColumn<dotProductAvx2>(out, lhs, rhs, shape);
   multiplyTiled<Avx2Tiles>(out, lhs, rhs, shape);
 }
 
 void multiplyMatricesBaseline(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
   if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductBaseline);
+  if (shape.columns == 1) return multiplyWithColumn<dotProductBaseline>(out, lhs, rhs, shape);
   multiplyTiled<BaselineTiles>(out, lhs, rhs, shape);
 }
 
