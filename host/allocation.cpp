@@ -13,8 +13,7 @@ namespace {
 constexpr unsigned long kCreditBytes = 64UL << 10;
 constexpr unsigned long kSmallestInterval = 4UL << 20;  // between two collections; what a cache holds is reused soonest
 
-unsigned long gHeapLimit = 64UL << 30;  // these two under the heap lock
-unsigned long gCollectAt = kSmallestInterval;
+unsigned long gHeapLimit = 64UL << 30;  // under the heap lock
 
 // Counts down to the failures that a test asked for.
 bool isToldToFail(ThreadState& thread) {
@@ -30,15 +29,16 @@ void returnCredit(ThreadState& thread) {
   thread.credit = 0;
 }
 
+// When as much has come since the last collection as that one had to read: much in a heap of objects, little where
+// values fill it. A large request right behind another is rather the next part of one result, so it has to wait.
 bool isDue(unsigned long charge) {
   const HeapLock lock;
-  return charge > gHeapLimit || gChargedBytes > gHeapLimit - charge || gChargedBytes > gCollectAt;
+  if (charge > gHeapLimit || gChargedBytes > gHeapLimit - charge) return true;
+  return gChargedBytes > gKeptBytes + std::max({kSmallestInterval, gScannedBytes, charge + charge / 2});
 }
 
 void collectWhenDue(unsigned long charge) {
-  if (!isDue(charge) || !collectIfAlone()) return;
-  const HeapLock lock;
-  gCollectAt = gChargedBytes + std::max(kSmallestInterval, gChargedBytes);
+  if (isDue(charge)) collectIfAlone();
 }
 
 // A thread that is watched asks for every block; others get some credit with it.

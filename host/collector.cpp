@@ -9,6 +9,8 @@ namespace host {
 
 unsigned long gCollections = 0;
 unsigned long gFinalizersRun = 0;
+unsigned long gScannedBytes = 0;
+unsigned long gKeptBytes = 0;
 
 namespace {
 
@@ -47,6 +49,7 @@ void markReachable() {
   while (!blocks.empty()) {
     const Block block = blocks.back();
     blocks.pop_back();
+    gScannedBytes += block.bytes;
     markWords(block.start, block.bytes);
   }
 }
@@ -71,9 +74,11 @@ bool collectIfAlone() {
   const HeapLock lock;  // taken first: no thread begins to count until the collection is over
   if (!isOnlyCountingThread()) return false;
   giveBackPagesLocked(thread);
+  gScannedBytes = 0;
   markRoots(thread);
   markReachable();
   sweepHeap();
+  gKeptBytes = gChargedBytes;
   ++gCollections;
   return true;
 }

@@ -16,5 +16,8 @@ void markHandles();
 
 extern unsigned long gCollections;  // since the start; written under the heap lock
 extern unsigned long gFinalizersRun;
+// Of the last collection, under the heap lock: what it had to read, and what was charged when it had ended.
+extern unsigned long gScannedBytes;
+extern unsigned long gKeptBytes;
 
 }  // namespace host
