@@ -145,14 +145,14 @@ void multiplyWithColumn(double* out, const double* lhs, const double* rhs, const
 }  // namespace
 
 void multiplyMatricesAvx2(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
-  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductAvx2);
   if (shape.columns == 1) return multiplyWithColumn<dotProductAvx2>(out, lhs, rhs, shape);
+  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductAvx2);
   multiplyTiled<Avx2Tiles>(out, lhs, rhs, shape);
 }
 
 void multiplyMatricesBaseline(double* out, const double* lhs, const double* rhs, const MatrixProductShape& shape) {
-  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductBaseline);
   if (shape.columns == 1) return multiplyWithColumn<dotProductBaseline>(out, lhs, rhs, shape);
+  if (isThin(shape)) return multiplyThin(out, lhs, rhs, shape, dotProductBaseline);
   multiplyTiled<BaselineTiles>(out, lhs, rhs, shape);
 }
 

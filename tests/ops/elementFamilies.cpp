@@ -1,8 +1,7 @@
-// What the scenarios do not reach: unknown operation codes, the whole range of the library functions, odd packed lists,
-// result type names, and operands exchanged between threads.
+// What the scenarios do not reach: unknown operation codes, the whole range of the library functions, odd packed lists
+// and result type names.
 #include <cmath>
 #include <random>
-#include <thread>
 
 #include "ops/binaryArithmetic.h"
 #include "ops/binaryFloat.h"
@@ -77,22 +76,6 @@ TEST(ResultTypeName, keepsTheArrayClassAndReplacesItsArguments) {
       {"NDArrayView", "Double", "NDArrayView<vesk.Double>"}};
   for (const auto& [name, element, expected] : cases)
     EXPECT_EQ(ndArrayResultTypeName(keep(Vesk_allocObject(name)), element), expected);
-}
-
-// Both threads hold one operand's lock and want the other's sooner or later; a wrong order never ends.
-TEST(ElementFamilies, finishWhenThreadsExchangeTheOperands) {
-  void* arrays[] = {boxedInts(Numbers(300, 3)), boxedInts(Numbers(300, 4))};
-  for (void* array : arrays) host::giveListLock(Vesk_getField_ptr(array, "_data"));
-  const auto work = [&](int first) {
-    const host::AttachedThread attached;
-    for (int i = 0; i < 300; ++i) {
-      applyNdArrayBinaryArithmetic(arrays[first], arrays[1 - first], Arithmetic::Multiply);
-      applyNdArrayBinaryFloat(arrays[first], arrays[1 - first], NdArrayBinaryFloatOp::Hypot);
-    }
-  };
-  std::thread other(work, 1);
-  work(0);
-  other.join();
 }
 
 }  // namespace
