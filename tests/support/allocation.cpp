@@ -24,15 +24,6 @@ bool mayAllocate(std::size_t bytes) {
   return false;
 }
 
-void* allocate(std::size_t bytes, std::size_t alignment) {
-  if (!mayAllocate(bytes)) throw std::bad_alloc();
-  const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
-  void* memory = alignment <= alignof(std::max_align_t) ? std::malloc(bytes == 0 ? 1 : bytes)
-                                                        : std::aligned_alloc(alignment, rounded);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
 }  // namespace
 
 void failNativeAllocation(unsigned long nth, bool forEver) { tFailing = {nth, forEver, false}; }
@@ -43,12 +34,11 @@ bool endFailingNativeAllocation() {
   return failed;
 }
 
-// The array and nothrow forms of the standard library forward to these.
-void* operator new(std::size_t bytes) { return allocate(bytes, 1); }
-void* operator new(std::size_t bytes, std::align_val_t alignment) {
-  return allocate(bytes, static_cast<std::size_t>(alignment));
+// The array and nothrow forms of the standard library forward to these; over-aligned ones are its own.
+void* operator new(std::size_t bytes) {
+  void* memory = mayAllocate(bytes) ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }

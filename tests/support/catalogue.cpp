@@ -20,6 +20,12 @@ Words split(const std::string& text, char separator) {
 
 Number number(const std::string& text) { return std::strtold(text.c_str(), nullptr); }
 
+std::vector<double> doublesOf(const Words& words) {
+  std::vector<double> values;
+  for (const std::string& word : words) values.push_back(std::strtod(word.c_str(), nullptr));
+  return values;
+}
+
 // The values with ranges written out.
 Words expanded(const std::string& text) {
   Words values;
@@ -110,9 +116,7 @@ void* makeObject(const std::string& description, const Values& earlier) {
   const Words values = expanded(parts.size() > 2 ? parts[2] : "-");
   void* array = nullptr;
   if (form[0] == "buffer") {
-    std::vector<double> numbers;
-    for (const std::string& value : values) numbers.push_back(static_cast<double>(number(value)));
-    array = doubles(numbers, extents(words));
+    array = doubles(doublesOf(values), extents(words));
   } else {
     const std::string own = firstGenericArgShortType(type);
     void* list = makeList(form.size() > 1 ? form[1] : own.empty() ? "Int" : own, form[0], values);
@@ -129,23 +133,11 @@ Values makeArguments(const Scenario& scenario) {
   Values values;
   for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
     const std::string& text = scenario.arguments[i];
-    Value value;
-    switch (scenario.native->operation->parameters[i]) {
-      case 'o':
-        value.object = makeObject(text, values);
-        break;
-      case 's':
-        if (text != "null") value.text = text;
-        break;
-      case 'v':
-        for (const std::string& element : expanded(text)) value.values.push_back(static_cast<double>(number(element)));
-        break;
-      case 'd':
-        value.real = static_cast<double>(number(text));
-        break;
-      default:
-        value.integer = std::strtoll(text.c_str(), nullptr, 10);
-    }
+    const char parameter = scenario.native->operation->parameters[i];
+    Value value{.integer = std::strtoll(text.c_str(), nullptr, 10), .real = std::strtod(text.c_str(), nullptr)};
+    if (parameter == 'o') value.object = makeObject(text, values);
+    if (parameter == 's' && text != "null") value.text = text;
+    if (parameter == 'v') value.values = doublesOf(expanded(text));
     values.push_back(value);
   }
   return values;
@@ -159,35 +151,32 @@ std::string Scenario::text() const {
 
 namespace {
 
-// A block of the catalogue: operations, and the alternatives of each of their arguments.
-struct Rule {
+// A block of the catalogue: operations, and the combinations of their arguments as far as they are read.
+struct Block {
   Words operations;
-  std::vector<Words> alternatives;
+  std::vector<Words> combinations{{}}, longer;
+
+  void next() {
+    if (!longer.empty()) combinations = std::exchange(longer, {});
+  }
+  void addAlternative(const std::string& text) {
+    for (Words words : combinations) {
+      words.push_back(text);
+      longer.push_back(std::move(words));
+    }
+  }
 };
 
-std::vector<Rule> readRules() {
-  std::vector<Rule> rules;
+std::vector<Block> readBlocks() {
+  std::vector<Block> blocks;
   std::ifstream file(VESK_CATALOGUE_FILE);
   for (std::string line; std::getline(file, line);) {
-    const std::string text = line.substr(std::min(line.size(), line.find_first_not_of(' ')));
-    if (text.empty() || text[0] == '#') continue;
-    if (text.rfind("do ", 0) == 0)
-      rules.push_back({split(text.substr(3), ','), {}});
-    else if (text == "with")
-      rules.back().alternatives.emplace_back();
-    else
-      rules.back().alternatives.back().push_back(text);
+    if (line.rfind("do ", 0) == 0) blocks.emplace_back().operations = split(line.substr(3), ',');
+    if (line == "with") blocks.back().next();
+    if (line.rfind("  ", 0) == 0) blocks.back().addAlternative(line.substr(2));
   }
-  return rules;
-}
-
-void addCombinations(std::vector<Words>& all, const std::vector<Words>& alternatives, const Words& chosen = {}) {
-  if (chosen.size() == alternatives.size()) return all.push_back(chosen);
-  for (const std::string& alternative : alternatives[chosen.size()]) {
-    Words more = chosen;
-    more.push_back(alternative);
-    addCombinations(all, alternatives, more);
-  }
+  for (Block& block : blocks) block.next();
+  return blocks;
 }
 
 }  // namespace
@@ -195,17 +184,15 @@ void addCombinations(std::vector<Words>& all, const std::vector<Words>& alternat
 const std::vector<Scenario>& catalogue() {
   static const auto& all = *[] {
     auto* made = new std::vector<Scenario>;
-    for (const Rule& rule : readRules()) {
-      std::vector<Words> combinations;
-      addCombinations(combinations, rule.alternatives);
-      for (std::size_t i = 0; i < rule.operations.size(); ++i) {
+    for (const Block& block : readBlocks())
+      for (std::size_t i = 0; i < block.operations.size(); ++i) {
         std::vector<const Native*> candidates;
         for (const Native& native : natives())
-          if (native.operation->name == rule.operations[i]) candidates.push_back(&native);
-        for (std::size_t k = 0; k < combinations.size(); ++k)
-          made->push_back({candidates.at(k % candidates.size()), combinations[k], k % rule.operations.size() == i});
+          if (native.operation->name == block.operations[i]) candidates.push_back(&native);
+        for (std::size_t k = 0; k < block.combinations.size(); ++k)
+          made->push_back(
+              {candidates.at(k % candidates.size()), block.combinations[k], k % block.operations.size() == i});
       }
-    }
     return made;
   }();
   return all;

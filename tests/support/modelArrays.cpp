@@ -291,7 +291,7 @@ void init1D(Model& m, Ref array, long long length, int flag) {
     const string type = elementTypeOf(array->type);
     array->data = newList(m);
     for (long long i = 0; zero && i < length; ++i)
-      array->data->items.push_back(newBox(m, type.empty() ? "Int" : type, 0));
+      array->data->items.push_back(newBox(m, isNumber(type) ? type : "Int", 0));
     return;
   }
   array->data = boxList(m, {}, "empty");
@@ -325,8 +325,7 @@ void initFilled(Model& m, Ref array, Ref shapeList, Ref fill) {
     return;
   }
   const string type = elementTypeOf(array->type);
-  const auto end = std::end(kElementKindNames);
-  Ref list = std::find(std::begin(kElementKindNames) + 1, end, type) != end ? newPackedList(m, type) : nullptr;
+  Ref list = isNumber(type) ? newPackedList(m, type) : nullptr;
   if (list == nullptr) list = newList(m, std::vector<Ref>(size_t(count), fill));
   if (list->packed != 0)
     list->elements.assign(size_t(count), isFloatingKind(list->packed) ? packedReal(list->packed, doubleOf(fill))
@@ -362,25 +361,23 @@ void fillRandom(Model& m, Ref array) {
 
 std::vector<Operation> arrayOperations() {
   using namespace model;
-  return {
-      operation("sumNdArray", sum),
-      operation("sumNdArrayAsDouble", sumAsDouble),
-      operation("sumNdArrayAsFloat", sumAsFloat),
-      operation("sortNdArray", sort),
-      operation("sortNdArray1D", sort1D),
-      operation("multiplyNdArrays", matmul),
-      operation("getNdArrayFlat", getFlat),
-      operation("setNdArrayFlat", setFlat),
-      operation("getNdArrayDouble1D", get1D),
-      operation("getNdArrayDouble2D", get2D),
-      operation("setNdArrayDouble1D", set1D),
-      operation("setNdArrayDouble2D", set2D),
-      operation("initNdArray1D", init1D),
-      operation("initNdArrayFilled", initFilled),
-      operation("makeNdArrayFromDoubles", fromDoubles),
-      operation("makeRandomNdArray1D", random1D),
-      operation("makeRandomDoubleBuffer", randomBuffer),
-      operation("fillNdArrayRandom", fillRandom),
-      operation("fillRandomList", fillRandomList),
-  };
+  return {operation("sumNdArray", sum),
+          operation("sumNdArrayAsDouble", sumAsDouble),
+          operation("sumNdArrayAsFloat", sumAsFloat),
+          operation("sortNdArray", sort),
+          operation("sortNdArray1D", sort1D),
+          operation("multiplyNdArrays", matmul),
+          operation("getNdArrayFlat", getFlat),
+          operation("setNdArrayFlat", setFlat),
+          operation("getNdArrayDouble1D", get1D),
+          operation("getNdArrayDouble2D", get2D),
+          operation("setNdArrayDouble1D", set1D),
+          operation("setNdArrayDouble2D", set2D),
+          operation("initNdArray1D", init1D),
+          operation("initNdArrayFilled", initFilled),
+          operation("makeNdArrayFromDoubles", fromDoubles),
+          operation("makeRandomNdArray1D", random1D),
+          operation("makeRandomDoubleBuffer", randomBuffer),
+          operation("fillNdArrayRandom", fillRandom),
+          operation("fillRandomList", fillRandomList)};
 }

@@ -11,19 +11,17 @@ struct Arithmetic {
   double (*real)(double, double);
   long long (*integer)(long long, long long);
 };
-const Arithmetic kArithmetic[] = {
-    {"add", "+", [](double x, double y) { return x + y; },
-     [](long long x, long long y) { return (long long)(U(x) + U(y)); }},
-    {"subtract", "-", [](double x, double y) { return x - y; },
-     [](long long x, long long y) { return (long long)(U(x) - U(y)); }},
-    {"multiply", "*", [](double x, double y) { return x * y; },
-     [](long long x, long long y) { return (long long)(U(x) * U(y)); }},
-    {"divide", "/", [](double x, double y) { return x / y; },
-     [](long long x, long long y) {
-       if (y == 0) raise("ZeroDivisionException", "division by zero");
-       return y == -1 ? (long long)(0 - U(x)) : x / y;
-     }},
-};
+const Arithmetic kArithmetic[] = {{"add", "+", [](double x, double y) { return x + y; },
+                                   [](long long x, long long y) { return (long long)(U(x) + U(y)); }},
+                                  {"subtract", "-", [](double x, double y) { return x - y; },
+                                   [](long long x, long long y) { return (long long)(U(x) - U(y)); }},
+                                  {"multiply", "*", [](double x, double y) { return x * y; },
+                                   [](long long x, long long y) { return (long long)(U(x) * U(y)); }},
+                                  {"divide", "/", [](double x, double y) { return x / y; },
+                                   [](long long x, long long y) {
+                                     if (y == 0) raise("ZeroDivisionException", "division by zero");
+                                     return y == -1 ? (long long)(0 - U(x)) : x / y;
+                                   }}};
 
 void sameCount(std::size_t a, std::size_t b) {
   if (a != b) raise("ValueException", "shape mismatch");
@@ -32,10 +30,9 @@ void sameCount(std::size_t a, std::size_t b) {
 // The values of a second operand beside a buffer of `count` values, through its own buffer or its list.
 std::vector<double> besideBuffer(Model& m, Ref other, std::size_t count, const string& notNumeric) {
   if (const Buffer* buffer = bufferOf(m, other)) return sameCount(buffer->count, count), buffer->values;
-  materialize(m, dataOf(other));
-  if (profileOf(other->data).reading == Reading::None) raise("TypeError", notNumeric);
-  sameCount(lengthOf(other->data), count);
-  return listAsDoubles(other->data);
+  const std::vector<double> values = numbersOf(m, dataOf(other), notNumeric);
+  sameCount(values.size(), count);
+  return values;
 }
 
 Ref arithmetic(Model& m, const Arithmetic& op, Ref lhs, Ref rhs) {
@@ -152,8 +149,7 @@ FloatFunction gFloatFunctions[] = {
     {"log2", log2, isNotPositive, "a value > 0"},
     {"log1p", log1p, [](double x) { return x <= -1; }, "a value > -1"},
     {"degrees", [](double x) { return x * 180.0 / kPi; }, nullptr, nullptr, 57.29577951308232},
-    {"radians", [](double x) { return x * kPi / 180.0; }, nullptr, nullptr, 0.017453292519943295},
-};
+    {"radians", [](double x) { return x * kPi / 180.0; }, nullptr, nullptr, 0.017453292519943295}};
 
 Ref floatFunction(Model& m, const FloatFunction& op, Ref array) {
   if (array == nullptr) return nullptr;
@@ -171,11 +167,9 @@ Ref floatFunction(Model& m, const FloatFunction& op, Ref array) {
       out.values.push_back(i < grouped ? in->values[i] * op.groupFactor : op.value(in->values[i]));
     return result;
   }
-  materialize(m, dataOf(array));
-  if (profileOf(array->data).reading == Reading::None)
-    raise("TypeError", string(op.name) + " expects a numeric NDArray");
+  const std::vector<double> values = numbersOf(m, dataOf(array), string(op.name) + " expects a numeric NDArray");
   Ref result = resultLike(m, array, type, 0);
-  for (double x : listAsDoubles(array->data)) result->data->items.push_back(newBox(m, "Double", op.value(check(x))));
+  for (double x : values) result->data->items.push_back(newBox(m, "Double", op.value(check(x))));
   return result;
 }
 
@@ -190,6 +184,7 @@ FloatFunction2 gFloatFunctions2[] = {{"atan2", atan2}, {"pow", pow}, {"hypot", h
 Ref floatFunction2(Model& m, const FloatFunction2& op, Ref array, Ref other) {
   if (array == nullptr) return nullptr;
   const string name = op.name;
+  const string notNumeric = name + " expects numeric values";
   const string type = doubleTypeLike(array->type);
   const auto number = [&](std::size_t count) {
     if (other == nullptr || other->kind != Kind::Box) raise("TypeError", name + " expects a numeric scalar or NDArray");
@@ -199,20 +194,14 @@ Ref floatFunction2(Model& m, const FloatFunction2& op, Ref array, Ref other) {
     Ref result = resultLike(m, array, type, in->count);
     Buffer& out = resultBuffer(m, result);
     if (isArray(other) && !shapesEqual(array, other)) raise("ValueException", "shape mismatch");
-    const std::vector<double> y =
-        isArray(other) ? besideBuffer(m, other, in->count, name + " expects numeric values") : number(in->count);
+    const std::vector<double> y = isArray(other) ? besideBuffer(m, other, in->count, notNumeric) : number(in->count);
     for (std::size_t i = 0; i < in->count; ++i) out.values.push_back(op.value(in->values[i], y[i]));
     return result;
   }
-  const auto numericList = [&](Ref list) {
-    materialize(m, list);
-    if (profileOf(list).reading == Reading::None) raise("TypeError", name + " expects numeric values");
-    return listAsDoubles(list);
-  };
-  const std::vector<double> x = numericList(dataOf(array));
+  const std::vector<double> x = numbersOf(m, dataOf(array), notNumeric);
   Ref result = resultLike(m, array, type, 0);
   if (isArray(other) && !shapesEqual(array, other)) raise("ValueException", "shape mismatch");
-  const std::vector<double> y = isArray(other) ? numericList(dataOf(other)) : number(x.size());
+  const std::vector<double> y = isArray(other) ? numbersOf(m, dataOf(other), notNumeric) : number(x.size());
   sameCount(x.size(), y.size());
   for (std::size_t i = 0; i < x.size(); ++i) result->data->items.push_back(newBox(m, "Double", op.value(x[i], y[i])));
   return result;

@@ -23,26 +23,13 @@ inline long long toInteger(double x) {
   return x >= -0x1p63 && x < 0x1p63 ? static_cast<long long>(x) : -0x7fffffffffffffff - 1;
 }
 
-// The value as a packed element of the kind holds it.
+// The value as a packed element of the kind holds it. Odd integer kinds are signed, even ones unsigned.
 inline Number narrow(int kind, long long value) {
-  switch (kind) {
-    case 1:
-      return static_cast<signed char>(value);
-    case 2:
-      return static_cast<unsigned char>(value);
-    case 3:
-      return static_cast<short>(value);
-    case 4:
-      return static_cast<unsigned short>(value);
-    case 5:
-      return static_cast<int>(value);
-    case 6:
-      return static_cast<unsigned>(value);
-    case kBoolean:
-      return value != 0 ? 1 : 0;
-    default:
-      return static_cast<Number>(value);
-  }
+  if (kind == kBoolean) return value != 0 ? 1 : 0;
+  const int dropped = 64 - (8 << (kind - 1) / 2);
+  if (dropped == 0) return static_cast<Number>(value);
+  const U high = static_cast<U>(value) << dropped;
+  return static_cast<Number>(kind % 2 != 0 ? static_cast<long long>(high) >> dropped : (long long)(high >> dropped));
 }
 
 inline Number packedReal(int kind, double value) { return kind == kFloat ? static_cast<float>(value) : value; }
@@ -65,6 +52,11 @@ inline double orderedSum(const std::vector<double>& terms) {
 // ---- Type names.
 
 inline bool isFloating(const string& name) { return name == "Float" || name == "Double"; }
+
+inline bool isNumber(const string& name) {
+  return !name.empty() &&
+         std::find(std::begin(kElementKindNames), std::end(kElementKindNames), name) != std::end(kElementKindNames);
+}
 
 // "vesk.NDArray" is an alias that the host knows.
 inline bool isArray(Ref object) {
@@ -259,7 +251,7 @@ inline std::vector<long long> extentsOf(Ref node) {
 inline bool shapesEqual(Ref a, Ref b) {
   const bool both = a->hasMetadata && b->hasMetadata;
   if (a->ndim != b->ndim || (both && a->size != b->size)) return false;
-  if (a->shape == b->shape) return both || a->shape != nullptr;
+  if (a->shape != nullptr && a->shape == b->shape) return true;
   if (both && a->prefixValid && b->prefixValid && a->ndim <= 2) return a->dim0 == b->dim0 && a->dim1 == b->dim1;
   return a->shape != nullptr && b->shape != nullptr && extentsOf(a) == extentsOf(b);
 }
@@ -274,6 +266,13 @@ inline Ref resultLike(Model& m, Ref source, const string& type, std::size_t slot
   if (!source->hasMetadata) return refreshPrefix(result), result;
   std::tie(result->dim0, result->dim1, result->prefixValid) = std::tie(source->dim0, source->dim1, source->prefixValid);
   return result;
+}
+
+// The list's values, read as what it holds; raises when that is no numbers.
+inline std::vector<double> numbersOf(Model& m, Ref list, const string& complaint) {
+  materialize(m, list);
+  if (profileOf(list).reading == Reading::None) raise("TypeError", complaint);
+  return listAsDoubles(list);
 }
 
 inline Buffer& resultBuffer(Model& m, Ref result,

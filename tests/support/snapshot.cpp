@@ -18,16 +18,12 @@ SharedObjects& sharedObjects() {
   return objects;
 }
 
-// True when this object is the one that was shared under the name before, or the first.
-bool isTheShared(const std::string& name, void* object) {
+// True when this object is the one that was shared under the name before, or is now the first.
+bool isTheShared(const std::string& name, void* object, bool mayBeFirst = true) {
   const std::lock_guard<std::mutex> lock(sharedObjects().mutex);
-  return sharedObjects().objects.emplace(name, object).first->second == object;
-}
-
-bool isKnownShared(const std::string& name, void* object) {
-  const std::lock_guard<std::mutex> lock(sharedObjects().mutex);
-  const auto known = sharedObjects().objects.find(name);
-  return known != sharedObjects().objects.end() && known->second == object;
+  auto& objects = sharedObjects().objects;
+  return mayBeFirst ? objects.emplace(name, object).first->second == object
+                    : objects.count(name) != 0 && objects[name] == object;
 }
 
 Number elementOf(const ListData& list, unsigned long index) {
@@ -44,26 +40,22 @@ Number elementOf(const ListData& list, unsigned long index) {
 }
 
 Buffer seeBuffer(const NdArrayDoubleStorage& storage) {
-  Buffer buffer{storage.count,
-                storage.heapAllocated != 0,
-                storage.ready != 0,
-                storage.sumValid != 0,
-                false,
-                storage.cachedSum,
-                {}};
+  Buffer buffer;
+  std::tie(buffer.count, buffer.heap, buffer.ready) = std::tie(storage.count, storage.heapAllocated, storage.ready);
+  std::tie(buffer.sumValid, buffer.sum) = std::tie(storage.sumValid, storage.cachedSum);
   const double* values = buffer.heap ? storage.heapValues : storage.inlineValues;
   buffer.values.assign(values, values + storage.count);
   return buffer;
 }
 
-// Uniform doubles in [0, 1), with their sum as the random natives take it.
-bool areUniform(const std::vector<double>& values, double sum) {
-  double expected = 0;
+// The sum of uniform doubles in [0, 1) as the random natives take it; NaN when there are others among them.
+double groupedSum(const std::vector<double>& values) {
+  double sum = 0;
   std::size_t i = 0;
-  for (; i + 4 <= values.size(); i += 4) expected += values[i] + values[i + 1] + values[i + 2] + values[i + 3];
-  for (; i < values.size(); ++i) expected += values[i];
+  for (; i + 4 <= values.size(); i += 4) sum += values[i] + values[i + 1] + values[i + 2] + values[i + 3];
+  for (; i < values.size(); ++i) sum += values[i];
   const auto isUniform = [](double value) { return value >= 0 && value < 1 && std::fmod(value, 0x1p-53) == 0; };
-  return sameDouble(sum, expected) && std::all_of(values.begin(), values.end(), isUniform);
+  return std::all_of(values.begin(), values.end(), isUniform) ? sum : NAN;
 }
 
 // Everything of a node but the other nodes that it refers to, to the last bit; as bytes, or to be read.
@@ -96,10 +88,8 @@ std::string contentOf(const Node& node, bool readable) {
 // The expected node, with what nobody can know about its buffer taken over from the actual one.
 Node completed(Node expected, const Node& actual) {
   if (!expected.buffer || !actual.buffer) return expected;
-  if (expected.buffer->random)
-    expected.buffer->sum = areUniform(actual.buffer->values, actual.buffer->sum) ? actual.buffer->sum : -1;
-  if (expected.buffer->values.empty()) expected.buffer->values = actual.buffer->values;
-  if (expected.buffer->random) expected.buffer->values = actual.buffer->values;
+  if (expected.buffer->random || expected.buffer->values.empty()) expected.buffer->values = actual.buffer->values;
+  if (expected.buffer->random) expected.buffer->sum = groupedSum(actual.buffer->values);
   return expected;
 }
 
@@ -124,7 +114,7 @@ Ref World::see(void* object) {
   const std::string shortName = shortTypeName(node.type);
   if (shortName == "ArrayList") {
     node.kind = Node::Kind::List;
-    if (isKnownShared("empty", object)) node.shared = "empty";
+    if (isTheShared("empty", object, false)) node.shared = "empty";
     const ListData& list = *getListData(object);
     node.packed = list.primitiveKind;
     node.elementName = list.elementTypeName.get();
@@ -139,12 +129,9 @@ Ref World::see(void* object) {
     node.shape = see(Vesk_getField_ptr(object, "_shape"));
     node.strides = see(Vesk_getField_ptr(object, "_strides"));
     node.data = see(Vesk_getField_ptr(object, "_data"));
-    if (const NdArrayMetadata* meta = instance->metadata; meta != nullptr) {
-      node.hasMetadata = true;
-      node.prefixValid = meta->prefixValid != 0;
-      node.dim0 = meta->dim0;
-      node.dim1 = meta->dim1;
-    }
+    node.hasMetadata = instance->metadata != nullptr;
+    if (const NdArrayMetadata* meta = instance->metadata; meta != nullptr)
+      std::tie(node.dim0, node.dim1, node.prefixValid) = std::tie(meta->dim0, meta->dim1, meta->prefixValid);
     if (const NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(instance)) node.buffer = seeBuffer(*storage);
   } else if (double real = 0; extractArrayElementDouble(object, real)) {
     node.kind = Node::Kind::Box;
