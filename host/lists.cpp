@@ -165,8 +165,11 @@ void* vesk_collections_ArrayList_newPrimitiveData(long long count, const char* e
   host::ListRecord* record =
       count < 0 ? nullptr : host::makeFilledList(thread, type.elementKind, static_cast<unsigned long>(count));
   *outList = record;
-  if (record == nullptr || count == 0) return nullptr;
-  if (type.elementKind == kObjectListKind) return record->list.objects.data;
-  record->list.elementTypeName = RuntimeTypeName(&host::internType(kElementKindNames[type.elementKind]).name);
-  return record->list.primitives.data;
+  if (record == nullptr) return nullptr;
+  const bool isPrimitive = type.elementKind != kObjectListKind;
+  if (isPrimitive) {
+    record->list.elementTypeName = RuntimeTypeName(&host::internType(kElementKindNames[type.elementKind]).name);
+  }
+  if (count == 0) return nullptr;
+  return isPrimitive ? static_cast<void*>(record->list.primitives.data) : record->list.objects.data;
 }
