@@ -1,5 +1,6 @@
 // summarize [--log] [--certified FILE] [FILE]: a summary of every column of a table of numbers and the least-squares
-// fit of the last column on the others; the array arithmetic is the module's. Reads standard input without a FILE or for "-".
+// fit of the last column on the others; the array arithmetic is the module's. Reads standard input without a FILE or
+// for "-".
 #include <cmath>
 #include <cstdio>
 #include <iostream>
