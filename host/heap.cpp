@@ -41,6 +41,7 @@ struct Tables {
   SystemVector<Page*> freeLarge;
   SystemVector<Cell> quarantine;  // oldest first, from quarantineHead on
   unsigned long quarantineHead = 0;
+  unsigned long quarantineChecked = 0;  // entries before it have been seen intact
   unsigned long quarantinedBytes = 0;
 };
 Tables& tables() {
@@ -64,19 +65,21 @@ void enterInPageTable(Page& page) {
   gHighestHeapAddress = std::max(gHighestHeapAddress, first + page.spanBytes);
 }
 
+// Page records are never given back: pages and large blocks are recycled with them.
 Page& newPage(char* base, unsigned long spanBytes, bool large) {
-  static char* records = nullptr;  // page records are never given back; large blocks and pages are recycled with them
+  constexpr unsigned long kAtOnce = 128;
+  static Page* records = nullptr;
+  static std::atomic<unsigned char>* states = nullptr;
   static unsigned long left = 0;
   if (left == 0) {
-    left = 128;
-    records = static_cast<char*>(mapTableOrStop(left * sizeof(Page)));
+    left = kAtOnce;
+    records = static_cast<Page*>(mapTableOrStop(kAtOnce * sizeof(Page)));
+    states = static_cast<std::atomic<unsigned char>*>(mapTableOrStop(kAtOnce * Page::kMaxCells));
   }
   --left;
-  Page& page = *new (records) Page{};
-  records += sizeof(Page);
-  page.base = base;
-  page.spanBytes = spanBytes;
-  page.large = large;
+  // Until it is set up for a size, a page is one free cell.
+  Page& page = *new (records++) Page{base, spanBytes, spanBytes, 1, 1, 0, 0, large, 0, states};
+  states += Page::kMaxCells;
   tables().pages.push_back(&page);
   enterInPageTable(page);
   return page;
@@ -132,6 +135,7 @@ Page* takeLarge(unsigned long bytes) {
 
 void* handOut(Page& page, unsigned index, unsigned long bytes, CellState state) {
   ++page.live;
+  page.busyGroups |= 1UL << index / Page::kGroup;
   page.setState(index, state);
   char* block = page.cell(index);
   unpoison(block, bytes);
@@ -148,8 +152,6 @@ void* allocateLarge(unsigned long bytes, CellState state) {
     return nullptr;
   }
   page->cellBytes = charge;
-  page->cellCount = 1;
-  page->inverse = 1;
   poison(page->base, page->spanBytes);
   return handOut(*page, 0, bytes, state);
 }
@@ -194,6 +196,7 @@ void releaseFromQuarantine() {
   }
   if (heap.quarantineHead * 2 < heap.quarantine.size()) return;
   heap.quarantine.erase(heap.quarantine.begin(), heap.quarantine.begin() + static_cast<long>(heap.quarantineHead));
+  heap.quarantineChecked -= std::min(heap.quarantineChecked, heap.quarantineHead);
   heap.quarantineHead = 0;
 }
 
@@ -214,15 +217,17 @@ void overwriteDead(char* block, unsigned long bytes, bool sparsely) {
   poison(block, bytes);
 }
 
-// Frees the page's unmarked cells and clears the marks of the others.
-void sweepPage(Page& page) {
-  const bool held = holdsBack();
+// Frees the group's unmarked cells and clears the marks of the others; returns how many it freed.
+unsigned sweepGroup(Page& page, unsigned group, bool held) {
+  const unsigned end = std::min((group + 1) * Page::kGroup, page.cellCount);
   unsigned freed = 0;
-  for (unsigned i = 0; i < page.cellCount; ++i) {
+  bool isBusy = false;
+  for (unsigned i = group * Page::kGroup; i < end; ++i) {
     const unsigned char state = page.states[i].load(std::memory_order_relaxed);
     if (state < static_cast<unsigned char>(CellState::Scanned)) continue;
     if ((state & kMarked) != 0) {
       page.states[i].store(state & ~kMarked, std::memory_order_relaxed);
+      isBusy = true;
       continue;
     }
     ++freed;
@@ -234,25 +239,27 @@ void sweepPage(Page& page) {
       page.setState(i, CellState::Free);
     }
   }
+  if (!isBusy) page.busyGroups &= ~(1UL << group);
+  return freed;
+}
+
+void sweepPage(Page& page) {
+  const bool held = holdsBack();
+  unsigned freed = 0;
+  for (std::uint64_t groups = page.busyGroups; groups != 0; groups &= groups - 1) {
+    freed += sweepGroup(page, static_cast<unsigned>(std::countr_zero(groups)), held);
+  }
   page.live -= freed;
   gChargedBytes -= freed * page.cellBytes;
   if (page.large && !held && freed != 0) tables().freeLarge.push_back(&page);
 }
 
-// Sorts the small pages anew into those for one size and those for any.
-void listFreePages() {
+// Puts a small page with free cells among those for its size or, when all are free, among those for any.
+void listPage(Page& page) {
+  const unsigned used = page.live + page.quarantined;
+  if (page.large || used == page.cellCount) return;
   Tables& heap = tables();
-  heap.freePages.clear();
-  for (auto& pages : heap.available) pages.clear();
-  for (Page* page : heap.pages) {
-    const unsigned used = page->live + page->quarantined;
-    if (page->large) continue;
-    if (used == 0) {
-      heap.freePages.push_back(page);
-    } else if (used < page->cellCount) {
-      heap.available[sizeClassOf(page->cellBytes)].push_back(page);
-    }
-  }
+  (used == 0 ? heap.freePages : heap.available[sizeClassOf(page.cellBytes)]).push_back(&page);
 }
 
 // Beyond a bound, the large blocks that have been free for longest lose their memory, not their addresses.
@@ -299,11 +306,14 @@ void giveBackPages(ThreadState& thread) {
 }
 
 void sweepHeap() {
-  for (Page* page : tables().pages) {
+  Tables& heap = tables();
+  heap.freePages.clear();
+  for (auto& pages : heap.available) pages.clear();
+  for (Page* page : heap.pages) {
     if (page->live != 0) sweepPage(*page);
+    listPage(*page);
   }
-  releaseFromQuarantine();
-  listFreePages();
+  releaseFromQuarantine();  // what it frees is listed the next time
   trimFreeLarge();
 }
 
@@ -322,18 +332,25 @@ HeapCounts heapCounts() {
   return counts;
 }
 
+// Blocks that are held back are looked at once here, and again when they are released.
 std::optional<std::string> checkHeap() {
   const HeapLock lock;
-  for (const Page* page : tables().pages) {
-    if (page->large && page->state(0) == CellState::Free) continue;  // overwritten sparsely
+  Tables& heap = tables();
+  bool isIntact = true;
+  for (unsigned long i = std::max(heap.quarantineChecked, heap.quarantineHead); i < heap.quarantine.size(); ++i) {
+    const Cell& cell = heap.quarantine[i];
+    isIntact = isIntact && isOverwritten(cell.page->cell(cell.index), cell.page->cellBytes);
+  }
+  if (isIntact) heap.quarantineChecked = heap.quarantine.size();
+  for (const Page* page : heap.pages) {
     for (unsigned i = 0; i < page->cellCount; ++i) {
       const CellState state = page->state(i);
-      if (state < CellState::Scanned && !isOverwritten(page->cell(i), page->cellBytes)) {
-        return "memory was written after it was freed";
-      }
       if (state == CellState::Object && !isRecordSound(page->cell(i))) return "an object's record is damaged";
+      if (state != CellState::Free || page->large) continue;  // large blocks are overwritten sparsely
+      isIntact = isIntact && isOverwritten(page->cell(i), page->cellBytes);
     }
   }
+  if (!isIntact) return "memory was written after it was freed";
   return std::nullopt;
 }
 

@@ -35,7 +35,8 @@ enum class CellState : unsigned char { Free, Quarantined, Scanned, Atomic, Objec
 inline constexpr unsigned char kMarked = 0x80;  // set in the state byte during a collection
 
 struct Page {
-  static constexpr unsigned long kMaxCells = kPageBytes / kSmallestCell;
+  static constexpr unsigned kMaxCells = kPageBytes / kSmallestCell;
+  static constexpr unsigned kGroup = kMaxCells / 64;
 
   char* base;
   unsigned long cellBytes;
@@ -45,7 +46,8 @@ struct Page {
   unsigned live;     // cells in use; written by the thread that owns the page and by the collector
   unsigned quarantined;
   bool large;
-  std::atomic<unsigned char> states[kMaxCells];
+  std::uint64_t busyGroups;  // bit g: some of the cells from g * kGroup on may be in use; so a sweep skips the others
+  std::atomic<unsigned char>* states;  // of kMaxCells; apart from the page, so that a walk over all pages stays short
 
   CellState state(unsigned index) const {
     return static_cast<CellState>(states[index].load(std::memory_order_relaxed) & ~kMarked);
