@@ -34,9 +34,13 @@ bool endFailingNativeAllocation() {
   return failed;
 }
 
-// The array and nothrow forms of the standard library forward to these; over-aligned ones are its own.
+// The array forms of the standard library forward to these (those of a sanitizer are its own); over-aligned ones are
+// its own, too.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return mayAllocate(bytes) ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+}
 void* operator new(std::size_t bytes) {
-  void* memory = mayAllocate(bytes) ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+  void* memory = operator new(bytes, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
