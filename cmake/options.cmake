@@ -15,6 +15,8 @@ if(VESK_DEVELOPER)
   target_compile_options(vesk_options INTERFACE -Werror)
 endif()
 if(VESK_SANITIZE)
+  # g++ 12 sees uninitialized parts of std::optional in instrumented code.
+  target_compile_options(vesk_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_compile_options(vesk_options INTERFACE -fsanitize=${VESK_SANITIZE} -fno-sanitize-recover=all
                          -fno-omit-frame-pointer)
   target_link_options(vesk_options INTERFACE -fsanitize=${VESK_SANITIZE})

@@ -124,6 +124,13 @@ NdArrayDoubleBufferView makeReady(void* object, ObjectInstance& instance, bool f
   return {values, count};
 }
 
+// Out of line, so that asking for a buffer that is ready stays bare.
+[[gnu::noinline]] NdArrayDoubleBufferView rootAndMakeReady(void* object, ObjectInstance& instance, bool fillFromList,
+                                                           bool zeroFill) {
+  const RootSlot root(object);
+  return makeReady(object, instance, fillFromList, zeroFill);
+}
+
 }  // namespace
 
 NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill) {
@@ -134,9 +141,7 @@ NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* 
                                                   bool zeroFill) {
   if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
   const NdArrayDoubleBufferView settled = settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
-  if (settled.data != nullptr) return settled;
-  const RootSlot root(object);
-  return makeReady(object, *instance, fillFromList, zeroFill);
+  return settled.data != nullptr ? settled : rootAndMakeReady(object, *instance, fillFromList, zeroFill);
 }
 
 NdArrayDoubleBufferView makeNdArrayDoubleBuffer(void* object, ObjectInstance* instance) {
