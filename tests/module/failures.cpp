@@ -79,7 +79,7 @@ TEST(Failures, integersAtTheEndsOfTheirRange) {
           Values arguments = makeArguments(scenario);
           if (!put(end, arguments[i], scenario.native->operation->parameters[i], place)) break;
           for (Value& argument : arguments)
-            if (!argument.values.empty()) argument.values.resize(256);
+            if (!argument.values.empty()) argument.values.resize(300);
           expectCleanOutcome(*scenario.native, arguments, scenario.text() + " with " + std::to_string(end));
           releaseKept();
         }

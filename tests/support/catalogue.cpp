@@ -134,9 +134,11 @@ Values makeArguments(const Scenario& scenario) {
   for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
     const std::string& text = scenario.arguments[i];
     const char parameter = scenario.native->operation->parameters[i];
-    Value value{.integer = std::strtoll(text.c_str(), nullptr, 10), .real = std::strtod(text.c_str(), nullptr)};
+    Value value;
+    value.integer = std::strtoll(text.c_str(), nullptr, 10);
+    value.real = std::strtod(text.c_str(), nullptr);
     if (parameter == 'o') value.object = makeObject(text, values);
-    if (parameter == 's' && text != "null") value.text = text;
+    if (parameter == 's' && text != "null") value.text = text.c_str();
     if (parameter == 'v') value.values = doublesOf(expanded(text));
     values.push_back(value);
   }

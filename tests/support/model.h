@@ -13,7 +13,7 @@ struct Value {
   Ref node = nullptr;
   long long integer = 0;
   double real = 0;
-  std::optional<std::string> text = std::nullopt;
+  const char* text = nullptr;  // lives as long as the process
   std::vector<double> values = {};
 
   operator void*() const { return object; }
@@ -21,7 +21,7 @@ struct Value {
   operator long long() const { return integer; }
   operator int() const { return static_cast<int>(integer); }
   operator double() const { return real; }
-  operator const char*() const { return text ? text->c_str() : nullptr; }
+  operator const char*() const { return text; }
   operator const double*() const { return values.empty() ? nullptr : values.data(); }
 };
 using Values = std::vector<Value>;

@@ -4,7 +4,6 @@
 namespace model {
 namespace {
 
-constexpr const char* kOutOfBounds = "Index out of bounds";
 constexpr const char* kBadExtent = "shape dimensions must be > 0";
 constexpr const char* kTooLarge = "NDArray element count exceeds UInt.MAX_VALUE";
 constexpr const char* kNoBuffer = "cannot initialize native NDArray<Double>";
@@ -85,11 +84,9 @@ void sort1D(Model& m, Ref array) {
   Ref list = array->data;
   if (list == nullptr) return;
   if (isFloatingKind(list->packed)) return sortBy(list->elements, [](Number x) { return x; });
-  if (list->packed == 8)
-    return std::sort(list->elements.begin(), list->elements.end(), [](Number x, Number y) {
-      return static_cast<U>(static_cast<long long>(x)) < static_cast<U>(static_cast<long long>(y));
-    });
-  if (list->packed != 0) return std::sort(list->elements.begin(), list->elements.end());
+  const auto key = [&](Number x) { return list->packed == 8 && x < 0 ? x + 0x1p64L : x; };  // ULong is unsigned
+  const auto less = [&](Number x, Number y) { return key(x) < key(y); };
+  if (list->packed != 0) return std::sort(list->elements.begin(), list->elements.end(), less);
   if (profileOf(list).reading == Reading::Floating) return sortBy(list->items, doubleOf);
   sortBy(list->items, integerOf);
 }
@@ -142,7 +139,7 @@ Ref matmul(Model& m, Ref a, Ref b) {
 
 bool within(long long index, std::size_t count) { return index >= 0 && U(index) < count; }
 void checkIndex(bool inside) {
-  if (!inside) raise("IndexException", kOutOfBounds);
+  if (!inside) raise("IndexException", "Index out of bounds");
 }
 std::size_t wrapIndex(long long index, long long extent) {
   if (index < 0) index = (long long)(U(index) + U(extent));
@@ -361,23 +358,16 @@ void fillRandom(Model& m, Ref array) {
 
 std::vector<Operation> arrayOperations() {
   using namespace model;
-  return {operation("sumNdArray", sum),
-          operation("sumNdArrayAsDouble", sumAsDouble),
-          operation("sumNdArrayAsFloat", sumAsFloat),
-          operation("sortNdArray", sort),
-          operation("sortNdArray1D", sort1D),
-          operation("multiplyNdArrays", matmul),
-          operation("getNdArrayFlat", getFlat),
-          operation("setNdArrayFlat", setFlat),
-          operation("getNdArrayDouble1D", get1D),
-          operation("getNdArrayDouble2D", get2D),
-          operation("setNdArrayDouble1D", set1D),
-          operation("setNdArrayDouble2D", set2D),
-          operation("initNdArray1D", init1D),
-          operation("initNdArrayFilled", initFilled),
-          operation("makeNdArrayFromDoubles", fromDoubles),
-          operation("makeRandomNdArray1D", random1D),
-          operation("makeRandomDoubleBuffer", randomBuffer),
-          operation("fillNdArrayRandom", fillRandom),
-          operation("fillRandomList", fillRandomList)};
+  // clang-format off
+  return {
+      operation("sumNdArray", sum), operation("sumNdArrayAsDouble", sumAsDouble),
+      operation("sumNdArrayAsFloat", sumAsFloat), operation("sortNdArray", sort), operation("sortNdArray1D", sort1D),
+      operation("multiplyNdArrays", matmul), operation("getNdArrayFlat", getFlat),
+      operation("setNdArrayFlat", setFlat), operation("getNdArrayDouble1D", get1D),
+      operation("getNdArrayDouble2D", get2D), operation("setNdArrayDouble1D", set1D),
+      operation("setNdArrayDouble2D", set2D), operation("initNdArray1D", init1D),
+      operation("initNdArrayFilled", initFilled), operation("makeNdArrayFromDoubles", fromDoubles),
+      operation("makeRandomNdArray1D", random1D), operation("makeRandomDoubleBuffer", randomBuffer),
+      operation("fillNdArrayRandom", fillRandom), operation("fillRandomList", fillRandomList)};
+  // clang-format on
 }

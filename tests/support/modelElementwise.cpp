@@ -129,27 +129,16 @@ bool isBelowZero(double x) { return x < 0; }
 bool isNotPositive(double x) { return x <= 0; }
 bool isOutsideUnit(double x) { return x < -1 || x > 1; }
 // Not constant, so that the compiler cannot fold what the mathematics library answers at run time.
+// clang-format off
 FloatFunction gFloatFunctions[] = {
-    {"sqrt", sqrt, isBelowZero, "a value >= 0"},
-    {"cbrt", cbrt},
-    {"sin", sin},
-    {"cos", cos},
-    {"tan", tan},
-    {"asin", asin, isOutsideUnit, "a value in [-1, 1]"},
-    {"acos", acos, isOutsideUnit, "a value in [-1, 1]"},
-    {"atan", atan},
-    {"sinh", sinh},
-    {"cosh", cosh},
-    {"tanh", tanh},
-    {"exp", exp},
-    {"exp2", exp2},
-    {"expm1", expm1},
-    {"log", log, isNotPositive, "a value > 0"},
-    {"log10", log10, isNotPositive, "a value > 0"},
-    {"log2", log2, isNotPositive, "a value > 0"},
-    {"log1p", log1p, [](double x) { return x <= -1; }, "a value > -1"},
+    {"cbrt", cbrt}, {"sin", sin}, {"cos", cos}, {"tan", tan}, {"atan", atan}, {"sinh", sinh}, {"cosh", cosh},
+    {"tanh", tanh}, {"exp", exp}, {"exp2", exp2}, {"expm1", expm1}, {"sqrt", sqrt, isBelowZero, "a value >= 0"},
+    {"asin", asin, isOutsideUnit, "a value in [-1, 1]"}, {"acos", acos, isOutsideUnit, "a value in [-1, 1]"},
+    {"log", log, isNotPositive, "a value > 0"}, {"log10", log10, isNotPositive, "a value > 0"},
+    {"log2", log2, isNotPositive, "a value > 0"}, {"log1p", log1p, [](double x) { return x <= -1; }, "a value > -1"},
     {"degrees", [](double x) { return x * 180.0 / kPi; }, nullptr, nullptr, 57.29577951308232},
     {"radians", [](double x) { return x * kPi / 180.0; }, nullptr, nullptr, 0.017453292519943295}};
+// clang-format on
 
 Ref floatFunction(Model& m, const FloatFunction& op, Ref array) {
   if (array == nullptr) return nullptr;

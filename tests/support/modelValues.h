@@ -180,20 +180,18 @@ inline Ref newPackedList(Model& m, const string& elementType) {
   if (!m.available()) return nullptr;
   Ref list = newList(m);
   list->elementName = elementType;
-  while (kElementKindNames[++list->packed] != elementType) {
-  }
+  while (kElementKindNames[list->packed] != elementType) ++list->packed;
   return list;
 }
 
-inline Ref sharedBox(Model& m, long long value) {
-  Ref box = newBox(m, "UInt", static_cast<Number>(value));
-  box->shared = "box " + std::to_string(value);
-  return box;
-}
+// A list of shared boxes, itself shared when it has a name.
 inline Ref boxList(Model& m, const std::vector<long long>& values, const string& shared = "") {
   Ref list = newList(m);
   list->shared = shared;
-  for (long long value : values) list->items.push_back(sharedBox(m, value));
+  for (long long value : values) {
+    list->items.push_back(newBox(m, "UInt", static_cast<Number>(value)));
+    list->items.back()->shared = "box " + std::to_string(value);
+  }
   return list;
 }
 

@@ -14,7 +14,7 @@ const host::Module& theModule() {
 
 const std::vector<Native>& natives() {
   static const auto& all = *[] {
-    auto& operations = *new std::vector<Operation>(elementwiseOperations());
+    static auto& operations = *new std::vector<Operation>(elementwiseOperations());
     for (Operation& operation : arrayOperations()) operations.push_back(std::move(operation));
     auto* found = new std::vector<Native>;
     std::ifstream exported(VESK_EXPORTS_FILE);
@@ -100,8 +100,8 @@ void look(Expectation& seen, const Values& arguments) {
 
 // Returns how many requests the host may decline.
 unsigned expect(Expectation& made, const Native& native, unsigned declined) {
-  host::seedFastRandom(kSeed);
   Model model{made.world, declined};
+  host::seedFastRandom(kSeed);
   try {
     catching(made.outcome.raised, [&] { made.outcome.result = native.operation->model(model, made.arguments); });
   } catch (const Raised& raised) {

@@ -13,17 +13,9 @@ std::vector<host::Handle>& kept() {
   return handles;
 }
 
-bool isFloatingName(const std::string& shortTypeName) { return shortTypeName == "Float" || shortTypeName == "Double"; }
-
 // Unsigned values above the signed range keep their 64 bits.
 long long integerBits(Number value) {
   return value < 0 ? static_cast<long long>(value) : static_cast<long long>(static_cast<unsigned long long>(value));
-}
-
-double itemValue(void* item) {
-  double value = 0;
-  extractArrayElementDouble(item, value);
-  return value;
 }
 
 }  // namespace
@@ -37,7 +29,8 @@ void releaseKept() { kept().clear(); }
 
 void* box(const std::string& shortTypeName, Number value) {
   if (shortTypeName == "Boolean") return keep(Vesk_boxBool(value != 0));
-  if (isFloatingName(shortTypeName)) return keep(boxFloatingLikeLocal(shortTypeName, static_cast<double>(value)));
+  if (shortTypeName == "Float" || shortTypeName == "Double")
+    return keep(boxFloatingLikeLocal(shortTypeName, static_cast<double>(value)));
   return keep(boxIntegerLikeLocal(shortTypeName, integerBits(value)));
 }
 
@@ -59,15 +52,13 @@ void* packedList(unsigned char kind, const Numbers& values, bool named) {
   void* list = keep(host::newPrimitiveList(kind, values.size(), named));
   SmallPrimitiveBuffer& elements = getListData(list)->primitives;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    visitElementKind(
-        kind,
-        [&](auto element) {
-          using Stored = typename decltype(element)::Stored;
-          const Stored stored =
-              element.kIsFloating ? static_cast<Stored>(values[i]) : static_cast<Stored>(integerBits(values[i]));
-          element.store(elements.data + i * elements.elementSize, stored);
-        },
-        [] {});
+    const auto write = [&](auto element) {
+      using Stored = typename decltype(element)::Stored;
+      const auto stored =
+          element.kIsFloating ? static_cast<Stored>(values[i]) : static_cast<Stored>(integerBits(values[i]));
+      element.store(elements.data + i * elements.elementSize, stored);
+    };
+    visitElementKind(kind, write, [] {});
   }
   return list;
 }
@@ -131,16 +122,13 @@ std::vector<double> valuesOf(void* arrayOrList) {
   }
   const bool isList = shortTypeName(Vesk_objectTypeName(arrayOrList)) == "ArrayList";
   const ListData& list = isList ? *getListData(arrayOrList) : dataOf(arrayOrList);
-  std::vector<double> values;
-  for (unsigned long i = 0; i < list.primitives.size && list.primitiveKind != 0; ++i)
-    values.push_back(visitElementKind(
-        list.primitiveKind,
-        [&](auto element) {
-          return element.toDouble(element.load(list.primitives.data + i * list.primitives.elementSize));
-        },
-        [] { return 0.0; }));
-  for (unsigned long i = 0; i < list.objects.size && list.primitiveKind == 0; ++i)
-    values.push_back(itemValue(list.objects.data[i]));
+  const bool isPacked = list.primitiveKind != 0;
+  std::vector<double> values(isPacked ? list.primitives.size : list.objects.size);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const unsigned char* element = list.primitives.data + i * list.primitives.elementSize;
+    const auto read = [&](auto kind) { values[i] = kind.toDouble(kind.load(element)); };
+    visitElementKind(list.primitiveKind, read, [&] { extractArrayElementDouble(list.objects.data[i], values[i]); });
+  }
   return values;
 }
 
