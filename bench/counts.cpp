@@ -14,18 +14,17 @@ template <class Call>
 void report(const char* path, Call call) {
   for (int i = 0; i < 3; ++i) call();  // what happens once has happened
   host::collect();
-  const host::OperationCounts before = host::operationCounts();
   CALLGRIND_TOGGLE_COLLECT;
   for (unsigned long i = 0; i < kCalls; ++i) call();
   CALLGRIND_TOGGLE_COLLECT;
   CALLGRIND_DUMP_STATS_AT(path);
-  const host::OperationCounts after = host::operationCounts();
-  const auto perCall = [](unsigned long from, unsigned long to) { return static_cast<double>(to - from) / kCalls; };
+  const host::OperationCounter asked;
+  for (unsigned long i = 0; i < kCalls; ++i) call();
+  const host::OperationCounts counts = asked.counts();
+  const auto perCall = [](unsigned long count) { return static_cast<double>(count) / kCalls; };
   std::printf(R"({"path": "%s", "calls": %lu, "operations": %g, "allocations": %g, "rootSlots": %g, )", path, kCalls,
-              perCall(before.operations, after.operations), perCall(before.allocations, after.allocations),
-              perCall(before.rootSlots, after.rootSlots));
-  std::printf("\"typeNames\": %g, \"fieldAccesses\": %g}\n", perCall(before.typeNames, after.typeNames),
-              perCall(before.fieldAccesses, after.fieldAccesses));
+              perCall(counts.operations), perCall(counts.allocations), perCall(counts.rootSlots));
+  std::printf("\"typeNames\": %g, \"fieldAccesses\": %g}\n", perCall(counts.typeNames), perCall(counts.fieldAccesses));
 }
 
 }  // namespace

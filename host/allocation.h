@@ -16,8 +16,6 @@ inline bool beginAllocation(ThreadState& thread, unsigned long charge) {
   return true;
 }
 
-extern std::atomic<bool> gStressMode;
-
 // For operations that may collect without allocating anything now.
 void collectUnderStress();
 inline void mayCollect() {

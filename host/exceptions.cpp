@@ -11,30 +11,20 @@ void Vesk_raise(const char* exceptionTypeName, const char* message) {
   if (thread.pendingType != nullptr) return;  // the first one stands; the second is an operation after it
   thread.pendingType = strdup(exceptionTypeName);
   thread.pendingMessage = strdup(message);
-  thread.operationsBeforeRaise = host::operationsButReleases(thread);
+  host::decideWatch(thread);
 }
 
 namespace host {
-
-namespace {
-
-void noteOperationsAfterRaise(ThreadState& thread) {
-  if (thread.pendingType == nullptr || operationsButReleases(thread) == thread.operationsBeforeRaise) return;
-  noteMisuse(thread, "the module went on after a raise");
-  thread.operationsBeforeRaise = operationsButReleases(thread);
-}
-
-}  // namespace
 
 bool exceptionPending() { return gThread.pendingType != nullptr; }
 
 std::optional<Exception> takeException() {
   ThreadState& thread = gThread;
   if (thread.pendingType == nullptr) return std::nullopt;
-  noteOperationsAfterRaise(thread);
   std::optional<Exception> taken = Exception{thread.pendingType, thread.pendingMessage};
   std::free(std::exchange(thread.pendingType, nullptr));
   std::free(std::exchange(thread.pendingMessage, nullptr));
+  decideWatch(thread);
   return taken;
 }
 
@@ -44,7 +34,6 @@ NativeCallCheck::NativeCallCheck() : slots_(gThread.slotCount), locks_(listLocks
 
 std::optional<std::string> NativeCallCheck::problem() const {
   ThreadState& thread = gThread;
-  noteOperationsAfterRaise(thread);
   if (thread.misuse != nullptr) return std::exchange(thread.misuse, nullptr);
   if (thread.slotCount != slots_) {
     return std::to_string(slots_) + " root slots before the call, " + std::to_string(thread.slotCount) + " after it";

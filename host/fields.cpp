@@ -28,7 +28,7 @@ Field fieldNamed(const char* name) {
   return field;
 }
 
-void countAccess(const char* operation) { ++host::enterOperation(operation).tally.fieldAccesses; }
+void countAccess(const char* operation) { host::enterOperation(operation, &host::OperationCounts::fieldAccesses); }
 
 // Null when nothing was ever stored in the fields of such an object.
 NdArrayMetadata* fieldsOf(ObjectInstance& object) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "host/allocation.h"
 #include "host/collector.h"
@@ -48,9 +49,6 @@ Tables& tables() {
   static Tables& made = *new (mapTableOrStop(sizeof(Tables))) Tables;
   return made;
 }
-
-// Whether freed blocks stay out of use for a while, and new ones show that they are not cleared.
-bool holdsBack() { return kSanitized || gStressMode.load(std::memory_order_relaxed); }
 
 void enterInPageTable(Page& page) {
   const auto first = reinterpret_cast<std::uintptr_t>(page.base);
@@ -133,14 +131,10 @@ Page* takeLarge(unsigned long bytes) {
   return memory == nullptr ? nullptr : &newPage(memory, bytes, true);
 }
 
-void* handOut(Page& page, unsigned index, unsigned long bytes, CellState state) {
-  ++page.live;
-  page.busyGroups |= 1UL << index / Page::kGroup;
-  page.setState(index, state);
-  char* block = page.cell(index);
-  unpoison(block, bytes);
-  if (holdsBack()) overwriteUninitialized(block, bytes);
-  return block;
+// Counts the cells [first, end) as in use.
+void claim(Page& page, unsigned first, unsigned end) {
+  page.live += end - first;
+  page.busyGroups |= ~0UL << first / Page::kGroup & ~0UL >> (63 - (end - 1) / Page::kGroup);
 }
 
 void* allocateLarge(unsigned long bytes, CellState state) {
@@ -153,19 +147,32 @@ void* allocateLarge(unsigned long bytes, CellState state) {
   }
   page->cellBytes = charge;
   poison(page->base, page->spanBytes);
-  return handOut(*page, 0, bytes, state);
+  claim(*page, 0, 1);
+  page->setState(0, state);
+  unpoison(page->base, bytes);
+  if (holdsBack()) overwriteUninitialized(page->base, bytes);
+  return page->base;
 }
 
-// Moves the cursor to a free cell; false when no page is to be had.
-bool advance(PageCursor& cursor, unsigned sizeClass) {
-  while (cursor.page != nullptr && cursor.next < cursor.page->cellCount) {
-    if (cursor.page->state(cursor.next) == CellState::Free) return true;
-    ++cursor.next;
-  }
-  const HeapLock lock;
-  cursor = {takePage(sizeClass), 0};
+// Moves the cursor to the next run of free cells on its page, if there is one.
+bool findRun(PageCursor& cursor) {
   if (cursor.page == nullptr) return false;
-  while (cursor.page->state(cursor.next) != CellState::Free) ++cursor.next;
+  const Page& page = *cursor.page;
+  while (cursor.end < page.cellCount && page.state(cursor.end) != CellState::Free) ++cursor.end;
+  cursor.next = cursor.end;
+  while (cursor.end < page.cellCount && page.state(cursor.end) == CellState::Free) ++cursor.end;
+  if (cursor.next == cursor.end) return false;
+  claim(*cursor.page, cursor.next, cursor.end);
+  return true;
+}
+
+// The same on a page of its own or another; false when no page is to be had.
+bool advance(PageCursor& cursor, unsigned sizeClass) {
+  while (!findRun(cursor)) {
+    const HeapLock lock;
+    cursor = {takePage(sizeClass), 0, 0};
+    if (cursor.page == nullptr) return false;
+  }
   return true;
 }
 
@@ -279,24 +286,25 @@ HeapLock::~HeapLock() { pthread_mutex_unlock(&gHeapMutex); }
 
 void* allocateCell(ThreadState& thread, unsigned long bytes, CellState state) {
   if (bytes + kRedzoneBytes > kLargestCell) return allocateLarge(bytes, state);
-  const unsigned sizeClass = sizeClassOf(bytes + kRedzoneBytes);
-  PageCursor& cursor = thread.cursors[sizeClass];
-  if (!advance(cursor, sizeClass)) {
-    thread.credit += cellBytesOf(sizeClass);
-    return nullptr;
-  }
-  return handOut(*cursor.page, cursor.next++, bytes, state);
+  return takeCell(thread, sizeClassOf(bytes + kRedzoneBytes), bytes, state);
+}
+
+void* takeCellSlowly(ThreadState& thread, unsigned sizeClass, unsigned long bytes, CellState state) {
+  if (advance(thread.cursors[sizeClass], sizeClass)) return takeCell(thread, sizeClass, bytes, state);
+  thread.credit += cellBytesOf(sizeClass);
+  return nullptr;
 }
 
 void giveBackPagesLocked(ThreadState& thread) {
   gChargedBytes -= thread.credit;
   thread.credit = 0;
   for (unsigned sizeClass = 0; sizeClass < kSizeClassCount; ++sizeClass) {
-    PageCursor& cursor = thread.cursors[sizeClass];
-    if (cursor.page != nullptr && cursor.page->live + cursor.page->quarantined < cursor.page->cellCount) {
+    const PageCursor cursor = std::exchange(thread.cursors[sizeClass], {});
+    if (cursor.page == nullptr) continue;
+    cursor.page->live -= cursor.end - cursor.next;
+    if (cursor.page->live + cursor.page->quarantined < cursor.page->cellCount) {
       tables().available[sizeClass].push_back(cursor.page);
     }
-    cursor = {};
   }
 }
 

@@ -28,9 +28,27 @@ constexpr unsigned long chargeOf(unsigned long bytes) {
 // Bytes charged to blocks and to threads' credits. Caller holds the heap lock.
 extern unsigned long gChargedBytes;
 
+extern std::atomic<bool> gStressMode;
+// Whether freed blocks stay out of use for a while, and new ones show that they are not cleared.
+inline bool holdsBack() { return kSanitized || gStressMode.load(std::memory_order_relaxed); }
+
 // A block for a request that is already charged: not cleared, 16-byte aligned. Null, with the charge given back, when
 // the system has no memory. Never collects.
 void* allocateCell(ThreadState& thread, unsigned long bytes, CellState state);
+
+// The same for callers that know the size class: that of `bytes` and a redzone.
+void* takeCellSlowly(ThreadState& thread, unsigned sizeClass, unsigned long bytes, CellState state);
+inline void* takeCell(ThreadState& thread, unsigned sizeClass, unsigned long bytes, CellState state) {
+  PageCursor& cursor = thread.cursors[sizeClass];
+  if (cursor.next == cursor.end) return takeCellSlowly(thread, sizeClass, bytes, state);
+  const unsigned index = cursor.next++;
+  cursor.page->setState(index, state);
+  char* block = cursor.page->cell(index);
+  unpoison(block, bytes);
+  if (holdsBack()) [[unlikely]]
+    overwriteUninitialized(block, bytes);
+  return block;
+}
 
 // The thread's pages and credit go back to the heap.
 void giveBackPages(ThreadState& thread);

@@ -67,15 +67,27 @@ struct HeapCounts {
 };
 VESK_HOST_API HeapCounts heapCounts();
 
-// What this thread has asked of the host since it attached.
+// What a thread has asked of the host.
 struct OperationCounts {
   unsigned long operations;   // all host operations
   unsigned long allocations;  // those that tried to allocate
   unsigned long rootSlots;    // registrations
-  unsigned long typeNames;    // objectTypeName and type-name arithmetic
+  unsigned long slotReleases;
+  unsigned long typeNames;  // objectTypeName and type-name arithmetic
   unsigned long fieldAccesses;
 };
-VESK_HOST_API OperationCounts operationCounts();
+
+// Counts what this thread asks of the host from the counter's making to its end. One at a time; meanwhile every
+// operation takes a little longer.
+class VESK_HOST_API OperationCounter {
+ public:
+  OperationCounter();
+  ~OperationCounter();
+  OperationCounter(const OperationCounter&) = delete;
+  OperationCounter& operator=(const OperationCounter&) = delete;
+
+  OperationCounts counts() const;
+};
 
 VESK_HOST_API unsigned long rootSlotCount();  // registered on this thread now
 

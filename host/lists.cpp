@@ -73,15 +73,15 @@ ListRecord* makeFilledList(ThreadState& thread, unsigned char kind, unsigned lon
                                                                   : SmallPrimitiveBuffer::kInlineBytes);
   const unsigned long storageCharge = isInline ? 0 : chargeOf(count * width);
   if (!beginAllocation(thread, chargeOf(sizeof(ListRecord)) + storageCharge)) return nullptr;
-  ObjectInstance* object = makeRecord(thread, internType("ArrayList"), ClassKind::List, sizeof(ListRecord));
-  if (object == nullptr) return nullptr;
+  ListRecord* record = makeListRecord(thread);
+  if (record == nullptr) return nullptr;
   void* storage = nullptr;
   if (!isInline) {
     storage = allocateCell(thread, count * width, kind == kObjectListKind ? CellState::Scanned : CellState::Atomic);
     if (storage == nullptr) return nullptr;
   }
-  fillWithZeros(recordAs<ListRecord>(*object).list, kind, count, storage);
-  return &recordAs<ListRecord>(*object);
+  fillWithZeros(record->list, kind, count, storage);
+  return record;
 }
 
 }  // namespace

@@ -11,9 +11,17 @@ namespace host {
 
 namespace {
 
+struct RecordSize {
+  unsigned bytes;
+  unsigned sizeClass;
+  unsigned charge;
+};
+template <class Record>
+constexpr RecordSize kSizeOf = {sizeof(Record), sizeClassOf(sizeof(Record) + kRedzoneBytes),
+                                static_cast<unsigned>(chargeOf(sizeof(Record)))};
 // By class, in the order of ClassKind.
-constexpr unsigned long kRecordBytes[] = {sizeof(FieldsRecord), sizeof(BoxRecord), sizeof(ListRecord),
-                                          sizeof(ArrayRecord), sizeof(StringRecord)};
+constexpr RecordSize kRecordSizes[] = {kSizeOf<FieldsRecord>, kSizeOf<BoxRecord>, kSizeOf<ListRecord>,
+                                       kSizeOf<ArrayRecord>, kSizeOf<StringRecord>};
 
 void initializeRecord(ObjectInstance& object, ClassKind kind) {
   if (kind == ClassKind::Box) {
@@ -27,10 +35,7 @@ void initializeRecord(ObjectInstance& object, ClassKind kind) {
   }
 }
 
-}  // namespace
-
-ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind kind, unsigned long bytes) {
-  void* memory = allocateCell(thread, bytes, CellState::Object);
+ObjectInstance* initializeObject(void* memory, const TypeInfo& type, ClassKind kind) {
   if (memory == nullptr) return nullptr;
   auto* object = new (memory) ObjectInstance{};
   object->header = headerOf(kind, kind == ClassKind::Box ? type.elementKind : 0);
@@ -40,17 +45,29 @@ ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind 
   return object;
 }
 
+// Null when there is no memory.
+ObjectInstance* makeObjectOf(ThreadState& thread, const TypeInfo& type, ClassKind kind) {
+  const RecordSize size = kRecordSizes[static_cast<int>(kind)];
+  if (!beginAllocation(thread, size.charge)) return nullptr;
+  return initializeObject(takeCell(thread, size.sizeClass, size.bytes, CellState::Object), type, kind);
+}
+
+}  // namespace
+
 ObjectInstance& makeObject(ThreadState& thread, const TypeInfo& type) {
-  const unsigned long bytes = kRecordBytes[static_cast<int>(type.kind)];
-  ObjectInstance* object = nullptr;
-  if (beginAllocation(thread, chargeOf(bytes))) object = makeRecord(thread, type, type.kind, bytes);
+  ObjectInstance* object = makeObjectOf(thread, type, type.kind);
   if (object == nullptr) throw std::bad_alloc();
   return *object;
 }
 
 ObjectInstance* makeArray(ThreadState& thread, const TypeInfo& type) {
-  if (!beginAllocation(thread, chargeOf(sizeof(ArrayRecord)))) return nullptr;
-  return makeRecord(thread, type, ClassKind::Array, sizeof(ArrayRecord));
+  return makeObjectOf(thread, type, ClassKind::Array);
+}
+
+ListRecord* makeListRecord(ThreadState& thread) {
+  void* memory = allocateCell(thread, sizeof(ListRecord), CellState::Object);
+  ObjectInstance* object = initializeObject(memory, internType("ArrayList"), ClassKind::List);
+  return object == nullptr ? nullptr : &recordAs<ListRecord>(*object);
 }
 
 void releaseOwned(ObjectInstance& object) {
@@ -71,7 +88,8 @@ void* newString(std::string_view text) {
   const unsigned long bytes = sizeof(StringRecord) + text.size();
   ObjectInstance* object = nullptr;
   if (beginAllocation(thread, chargeOf(bytes))) {
-    object = makeRecord(thread, internType("vesk.String"), ClassKind::String, bytes);
+    object =
+        initializeObject(allocateCell(thread, bytes, CellState::Object), internType("vesk.String"), ClassKind::String);
   }
   if (object == nullptr) throw std::bad_alloc();
   auto& string = recordAs<StringRecord>(*object);
@@ -87,7 +105,7 @@ void* Vesk_allocObject(const char* typeName) {
 }
 
 const char* Vesk_objectTypeName(void* object) {
-  ++host::enterOperation("Vesk_objectTypeName").tally.typeNames;
+  host::enterOperation("Vesk_objectTypeName", &host::OperationCounts::typeNames);
   const RuntimeTypeName& name = host::liveObject(object, "Vesk_objectTypeName").typeName;
   return name.holdsName() ? name.get().c_str() : nullptr;
 }

@@ -73,8 +73,8 @@ ObjectInstance& makeObject(ThreadState& thread, const TypeInfo& type);
 // The same as an array, whatever the name says; null on failure.
 ObjectInstance* makeArray(ThreadState& thread, const TypeInfo& type);
 
-// The part of makeObject for an operation that has begun its allocation: null when there is no memory.
-ObjectInstance* makeRecord(ThreadState& thread, const TypeInfo& type, ClassKind kind, unsigned long bytes);
+// An empty list for an operation that has begun its allocation, charged for a ListRecord: null when there is no memory.
+ListRecord* makeListRecord(ThreadState& thread);
 
 // What an object owns besides its memory goes when it is found dead: the mutex of a list, native storage.
 void releaseOwned(ObjectInstance& object);

@@ -43,7 +43,7 @@ struct Page {
   unsigned long spanBytes;  // mapped from `base` on; a recycled large block may use less
   unsigned cellCount;
   unsigned inverse;  // of cellBytes, in 2^-32: offset * inverse >> 32 is exact for offsets within a small page
-  unsigned live;     // cells in use; written by the thread that owns the page and by the collector
+  unsigned live;     // cells in use or in a cursor's run; written by the thread that owns the page and the collector
   unsigned quarantined;
   bool large;
   std::uint64_t busyGroups;  // bit g: some of the cells from g * kGroup on may be in use; so a sweep skips the others
@@ -58,10 +58,12 @@ struct Page {
   char* cell(unsigned index) const { return base + index * cellBytes; }
 };
 
-// Where a thread takes the next cell of one size: it owns the page until no cell is left.
+// Where a thread takes cells of one size: from a run of free ones, [next, end), on a page that it owns until no cell is
+// left there.
 struct PageCursor {
   Page* page;
   unsigned next;
+  unsigned end;
 };
 
 struct PageTableLeaf {

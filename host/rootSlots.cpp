@@ -28,16 +28,14 @@ void releaseOutOfOrder(ThreadState& thread, void** slot) {
 }  // namespace
 
 void Vesk_gcRegisterRootSlot(void** slot) {
-  ThreadState& thread = host::enterOperation("Vesk_gcRegisterRootSlot");
-  ++thread.tally.rootSlots;
+  ThreadState& thread = host::enterOperation("Vesk_gcRegisterRootSlot", &host::OperationCounts::rootSlots);
   if (thread.slotCount == thread.slotCapacity) growSlots(thread);
   thread.slots[thread.slotCount++] = slot;
 }
 
 // The one operation that a module still calls after a raise.
 void Vesk_gcUnregisterRootSlot(void** slot) {
-  ThreadState& thread = host::enterOperation("Vesk_gcUnregisterRootSlot");
-  ++thread.slotReleases;
+  ThreadState& thread = host::enterOperation("Vesk_gcUnregisterRootSlot", &host::OperationCounts::slotReleases);
   if (thread.slotCount == 0 || thread.slots[thread.slotCount - 1] != slot) return releaseOutOfOrder(thread, slot);
   --thread.slotCount;
 }

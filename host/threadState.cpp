@@ -49,7 +49,14 @@ void beginToCount(ThreadState& thread) {
 
 }  // namespace
 
-void stopDetached(const char* operation) { stopProcess("%s on a thread that is not attached", operation); }
+void enterWatched(ThreadState& thread, const char* operation, unsigned long OperationCounts::*also) {
+  if (thread.attachDepth == 0) stopProcess("%s on a thread that is not attached", operation);
+  ++thread.tally.operations;
+  if (also != nullptr) ++(thread.tally.*also);
+  if (thread.pendingType != nullptr && also != &OperationCounts::slotReleases) {
+    noteMisuse(thread, "the module went on after a raise");
+  }
+}
 
 bool isOnlyCountingThread() { return gThread.counts && gCountingThreads == 1; }
 
@@ -57,14 +64,27 @@ void attachThread() {
   ThreadState& thread = gThread;
   if (!thread.counts) beginToCount(thread);
   ++thread.attachDepth;
+  decideWatch(thread);
 }
 
 void detachThread() {
   ThreadState& thread = gThread;
   if (thread.attachDepth == 0) stopProcess("detachThread on a thread that is not attached");
   --thread.attachDepth;
+  decideWatch(thread);
 }
 
-OperationCounts operationCounts() { return gThread.tally; }
+OperationCounter::OperationCounter() {
+  ThreadState& thread = gThread;
+  thread.tally = {};
+  thread.tallies = true;
+  decideWatch(thread);
+}
+OperationCounter::~OperationCounter() {
+  ThreadState& thread = gThread;
+  thread.tallies = false;
+  decideWatch(thread);
+}
+OperationCounts OperationCounter::counts() const { return gThread.tally; }
 
 }  // namespace host

@@ -10,8 +10,10 @@
 namespace host {
 
 struct ThreadState {
+  bool unwatched;  // attached, without a pending exception, and nobody counts: operations need not look further
+  bool tallies;    // what it asks for is counted
+  bool counts;     // for the collector: from the first attach until the thread exits
   unsigned attachDepth;
-  bool counts;  // for the collector: from the first attach until the thread exits
 
   unsigned long credit;  // bytes that it may still allocate before asking the heap again
   PageCursor cursors[kSizeClassCount];
@@ -26,12 +28,10 @@ struct ThreadState {
 
   char* pendingType;  // of the pending exception, null when there is none; both copied by strdup
   char* pendingMessage;
-  unsigned long operationsBeforeRaise;  // as operationsButReleases counts them
-  const char* misuse;                   // the first thing that the module did wrong since the last check, or null
+  const char* misuse;  // the first thing that the module did wrong since the last check, or null
 
   std::uint64_t randomState;
   OperationCounts tally;
-  unsigned long slotReleases;  // of the operations in the tally
 };
 
 extern constinit thread_local ThreadState gThread;
@@ -41,19 +41,21 @@ inline void noteMisuse(ThreadState& thread, const char* misuse) {
   if (thread.misuse == nullptr) thread.misuse = misuse;
 }
 
-// After a raise only root slots are released, so this stands still until the exception is taken.
-inline unsigned long operationsButReleases(const ThreadState& thread) {
-  return thread.tally.operations - thread.slotReleases;
+// To be called after every change of what `unwatched` stands for.
+inline void decideWatch(ThreadState& thread) {
+  thread.unwatched = thread.attachDepth != 0 && !thread.tallies && thread.pendingType == nullptr;
 }
 
-[[noreturn]] void stopDetached(const char* operation);
+// Stops the process on a thread that is not attached. Counts the operation, under `also` too, and notes one that
+// follows a raise; releasing root slots may.
+void enterWatched(ThreadState& thread, const char* operation, unsigned long OperationCounts::*also);
 
-// The first line of every host operation.
-inline ThreadState& enterOperation(const char* operation) {
+// The first line of every host operation. Almost always one test and no store: a counter would make each operation
+// wait for the one before.
+inline ThreadState& enterOperation(const char* operation, unsigned long OperationCounts::*also = nullptr) {
   ThreadState& thread = gThread;
-  if (thread.attachDepth == 0) [[unlikely]]
-    stopDetached(operation);
-  ++thread.tally.operations;
+  if (!thread.unwatched) [[unlikely]]
+    enterWatched(thread, operation, also);
   return thread;
 }
 

@@ -83,7 +83,7 @@ TypeInfo classify(const std::string& name, const NameTables& names) {
   return {name, ClassKind::Plain, 0};
 }
 
-void countTypeNameUse(const char* operation) { ++enterOperation(operation).tally.typeNames; }
+void countTypeNameUse(const char* operation) { enterOperation(operation, &OperationCounts::typeNames); }
 
 }  // namespace
 

@@ -15,13 +15,11 @@ std::string countsOf(void* operand, Call call) {
   ListData& list = dataOf(operand);
   if (list.mutex == nullptr) host::giveListLock(Vesk_getField_ptr(operand, "_data"));
   pthread_mutex_lock(list.mutex);
-  const host::OperationCounts before = host::operationCounts();
+  const host::OperationCounter asked;
   call();
-  const host::OperationCounts after = host::operationCounts();
+  const host::OperationCounts counts = asked.counts();
   pthread_mutex_unlock(list.mutex);
-  const auto counted = [&](const char* what, auto count) {
-    return what + std::to_string(after.*count - before.*count);
-  };
+  const auto counted = [&](const char* what, auto count) { return what + std::to_string(counts.*count); };
   using Counts = host::OperationCounts;
   return counted("operations ", &Counts::operations) + counted(", allocations ", &Counts::allocations) +
          counted(", slots ", &Counts::rootSlots) + counted(", type names ", &Counts::typeNames) +

@@ -31,14 +31,14 @@ TEST(Recognition, looksAtTheNamesOncePerArrayAndOncePerResultName) {
   RootSlot result;
   makeNdArrayDoubleResult(result, source, kDoubleArray, false, 2);
   EXPECT_TRUE(ndArrayUsesNativeDoubleBuffer(source));
-  const unsigned long before = host::operationCounts().typeNames;
+  const host::OperationCounter asked;
   EXPECT_TRUE(ndArrayUsesNativeDoubleBuffer(source) && isRuntimeNdArrayObject(source));
   for (const bool sameType : {true, false})
     EXPECT_EQ(makeNdArrayDoubleResult(result, source, kDoubleArray, sameType, 2).count, 2U);
-  EXPECT_EQ(host::operationCounts().typeNames, before);
-  const unsigned long operations = host::operationCounts().operations;
+  EXPECT_EQ(asked.counts().typeNames, 0U);
+  const unsigned long operations = asked.counts().operations;
   EXPECT_NE(ensureNdArrayDoubleBuffer(source, true, true).data, nullptr);
-  EXPECT_EQ(host::operationCounts().operations, operations + 3);  // the object, its record, its storage
+  EXPECT_EQ(asked.counts().operations, operations + 3);  // the object, its record, its storage
 }
 
 TEST(NumericProfile, goesByTheKindOrTheFirstItem) {
