@@ -99,16 +99,9 @@ unsigned long elementCountOf(void* object, const ObjectInstance& instance) {
   return size > 0 ? static_cast<unsigned long>(size) : 0;
 }
 
-NdArrayDoubleBufferView settledBuffer(void* object, const ObjectInstance& instance, NdArrayDoubleStorage* storage) {
-  if (storage == nullptr || storage->ready == 0) return {nullptr, 0};
-  const unsigned long count = elementCountOf(object, instance);
-  if (storage->count != count || (storage->heapAllocated != 0) != (count > kInlineCapacity)) return {nullptr, 0};
-  if (needsFinalizer(instance, count)) return {nullptr, 0};
-  return readyNdArrayDoubleBuffer(storage);
-}
-
 // Sizes the storage and fills it where it has no values yet. May allocate: the object is rooted by the caller.
-NdArrayDoubleBufferView makeReady(void* object, ObjectInstance& instance, bool fillFromList, bool zeroFill) {
+[[gnu::always_inline]] inline NdArrayDoubleBufferView makeReady(void* object, ObjectInstance& instance,
+                                                                bool fillFromList, bool zeroFill) {
   NdArrayDoubleStorage* storage = ensureNdArrayDoubleStorage(&instance);
   if (storage == nullptr) return {nullptr, 0};
   const unsigned long count = elementCountOf(object, instance);
@@ -124,35 +117,22 @@ NdArrayDoubleBufferView makeReady(void* object, ObjectInstance& instance, bool f
   return {values, count};
 }
 
-// Out of line, so that asking for a buffer that is ready stays bare.
-[[gnu::noinline]] NdArrayDoubleBufferView rootAndMakeReady(void* object, ObjectInstance& instance, bool fillFromList,
-                                                           bool zeroFill) {
-  const RootSlot root(object);
-  return makeReady(object, instance, fillFromList, zeroFill);
-}
-
 }  // namespace
 
 NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill) {
   return ensureNdArrayDoubleBuffer(object, instanceOf(object), fillFromList, zeroFill);
 }
 
-NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
-                                                  bool zeroFill) {
+NdArrayDoubleBufferView ensureUnsettledNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
+                                                           bool zeroFill) {
   if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
-  const NdArrayDoubleBufferView settled = settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
-  return settled.data != nullptr ? settled : rootAndMakeReady(object, *instance, fillFromList, zeroFill);
+  const RootSlot root(object);
+  return makeReady(object, *instance, fillFromList, zeroFill);
 }
 
 NdArrayDoubleBufferView makeNdArrayDoubleBuffer(void* object, ObjectInstance* instance) {
   if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
   return makeReady(object, *instance, false, false);
-}
-
-NdArrayDoubleBufferView settledNdArrayDoubleBuffer(void* object) {
-  ObjectInstance* instance = instanceOf(object);
-  if (!ndArrayUsesNativeDoubleBuffer(object, instance)) return {nullptr, 0};
-  return settledBuffer(object, *instance, currentNdArrayDoubleStorage(instance));
 }
 
 double* allocateNdArrayDoubleBuffer(unsigned long count) {

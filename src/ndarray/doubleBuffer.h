@@ -2,7 +2,9 @@
 // read only to fill a buffer that is not, and is left behind by later writes.
 #pragma once
 
-#include "runtime/hostOperations.h"
+#include <algorithm>
+
+#include "ndarray/recognition.h"
 
 // The values of a native buffer; `data` is null when the array has none. Valid until the array's buffer is resized.
 struct NdArrayDoubleBufferView {
@@ -16,16 +18,9 @@ struct NdArrayDoubleBufferView {
 // existing arrays pass (true, true). May allocate (the object is rooted inside); locks the data list while it reads
 // it, so the caller must not hold that lock. Throws std::bad_alloc, std::system_error, std::logic_error.
 NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, bool fillFromList, bool zeroFill);
-// For callers that hold the object's record (null for a foreign pointer) already.
-NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
-                                                  bool zeroFill);
 // For an array just made: (false, false) without looking for a buffer that is there already. May allocate: the object
 // is rooted by the caller.
 NdArrayDoubleBufferView makeNdArrayDoubleBuffer(void* object, ObjectInstance* instance);
-
-// The same view when it takes no work: the buffer is ready and of the array's present size. Else a null view. The
-// object may be null or foreign. Never allocates, never locks.
-NdArrayDoubleBufferView settledNdArrayDoubleBuffer(void* object);
 
 // The view of a storage that is ready; a null view when it is null, not ready, or has lost its heap values.
 inline NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* storage) {
@@ -33,6 +28,35 @@ inline NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* st
   if (storage->heapAllocated == 0) return {storage->inlineValues, storage->count};
   if (storage->heapValues == nullptr) return {nullptr, 0};
   return {storage->heapValues, storage->count};
+}
+
+// The view of an array given with its record (null for a foreign pointer) when its metadata and storage show that it
+// takes no work; null when they do not, which says nothing.
+inline NdArrayDoubleBufferView settledNdArrayDoubleBuffer(ObjectInstance* instance) {
+  constexpr NdArrayDoubleBufferView kUnsettled = {nullptr, 0};
+  if (instance == nullptr || instance->metadata == nullptr) return kUnsettled;
+  if (!hasElementTypeAnswer(*instance) || !elementTypeAnswer(*instance)) return kUnsettled;
+  NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(instance);
+  if (storage == nullptr || storage->ready == 0) return kUnsettled;
+  if (static_cast<long long>(storage->count) != std::max(instance->metadata->size, 0LL)) return kUnsettled;
+  if (storage->count <= NdArrayDoubleStorage::kInlineCapacity) {
+    return storage->heapAllocated != 0 ? kUnsettled : NdArrayDoubleBufferView{storage->inlineValues, storage->count};
+  }
+  const bool finalizes = instance->finalizerRegistered != 0 || instance->finalizer == nullptr;
+  if (storage->heapAllocated == 0 || storage->heapValues == nullptr || !finalizes) return kUnsettled;
+  return {storage->heapValues, storage->count};
+}
+
+// The same as ensureNdArrayDoubleBuffer(object, fillFromList, zeroFill), for callers that hold the object's record
+// (null for a foreign pointer) already.
+NdArrayDoubleBufferView ensureUnsettledNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
+                                                           bool zeroFill);
+inline NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
+                                                         bool zeroFill) {
+  const NdArrayDoubleBufferView settled = settledNdArrayDoubleBuffer(instance);
+  if (settled.data != nullptr) [[likely]]
+    return settled;
+  return ensureUnsettledNdArrayDoubleBuffer(object, instance, fillFromList, zeroFill);
 }
 
 // Collector memory for `count` doubles, not cleared. May allocate. Throws std::bad_alloc, also when the byte count

@@ -204,11 +204,12 @@ void* getNdArrayFlat(void* array, long long index) {
 
 void setNdArrayFlat(void* array, long long index, void* value) {
   if (array == nullptr) return raiseOutOfBounds();
-  NdArrayDoubleBufferView view = settledNdArrayDoubleBuffer(array);
+  ObjectInstance* instance = instanceOf(array);
+  NdArrayDoubleBufferView view = settledNdArrayDoubleBuffer(instance);
   if (view.data == nullptr) {
     const RootSlot arraySlot(array);
     const RootSlot valueSlot(value);
-    view = ensureNdArrayDoubleBuffer(array, true, true);
+    view = ensureNdArrayDoubleBuffer(array, instance, true, true);
   }
   if (view.data == nullptr) return storeItem(array, index, value);
   if (!isInside(index, view.count)) return raiseOutOfBounds();
@@ -216,7 +217,7 @@ void setNdArrayFlat(void* array, long long index, void* value) {
   if (!extractArrayElementDouble(value, number)) {
     return Vesk_raise(kTypeError, "NDArray<Double> expects numeric values");
   }
-  storeBuffered(instanceOf(array), view, index, number);
+  storeBuffered(instance, view, index, number);
 }
 
 void readNdArrayDoubleFlat(void* array, long long flatIndex, double& out) {

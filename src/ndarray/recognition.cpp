@@ -48,16 +48,6 @@ bool findElementTypeAnswer(void* object, ObjectInstance& instance) {
   return isDouble;
 }
 
-void setElementTypeAnswer(ObjectInstance& instance, bool isDouble) {
-  std::atomic_ref(instance.isDoubleElementArray).store(isDouble ? 1 : 0, std::memory_order_relaxed);
-  std::atomic_ref(instance.doubleTypeChecked).store(1, std::memory_order_release);
-}
-
-void copyElementTypeAnswer(ObjectInstance* to, ObjectInstance* from) {
-  if (to == nullptr || from == nullptr || !hasElementTypeAnswer(*from)) return;
-  setElementTypeAnswer(*to, elementTypeAnswer(*from));
-}
-
 std::string runtimeTypeNameOf(void* object) {
   const char* name = Vesk_objectTypeName(object);
   if (name == nullptr) throw std::logic_error("object without a type name");

@@ -44,11 +44,17 @@ inline ObjectInstance* instanceOf(void* object) {
 }
 
 // Records the element-type answer of an array, for callers that know it without looking at the names.
-void setElementTypeAnswer(ObjectInstance& instance, bool isDouble);
+inline void setElementTypeAnswer(ObjectInstance& instance, bool isDouble) {
+  std::atomic_ref(instance.isDoubleElementArray).store(isDouble ? 1 : 0, std::memory_order_relaxed);
+  std::atomic_ref(instance.doubleTypeChecked).store(1, std::memory_order_release);
+}
 
 // Hands an array's element-type answer on to a new array of the same type name, sparing it the name test. Both are
 // records of live objects or null; nothing happens when there is no answer yet.
-void copyElementTypeAnswer(ObjectInstance* to, ObjectInstance* from);
+inline void copyElementTypeAnswer(ObjectInstance* to, ObjectInstance* from) {
+  if (to == nullptr || from == nullptr || !hasElementTypeAnswer(*from)) return;
+  setElementTypeAnswer(*to, elementTypeAnswer(*from));
+}
 
 // The object's full type name as a string. Throws std::logic_error when the host has none.
 std::string runtimeTypeNameOf(void* object);
