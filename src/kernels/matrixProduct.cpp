@@ -16,6 +16,7 @@ namespace {
 constexpr unsigned long kBlockPassDoubles = 32 * 1024;
 constexpr unsigned long kMaxRowPanels = 32;
 constexpr unsigned long kMaxColumnPanels = 64;
+constexpr unsigned long kLastPass = kPasses - 1;
 
 // Native memory that begins on a cache line, not cleared.
 class Scratch {
@@ -63,10 +64,10 @@ struct Block {
 
 // Finishes a tile of which only so many rows and columns belong to the product.
 template <class Tiles>
-void finishEdge(double* out, unsigned long stride, const double* sums, const TileSteps& remaining, unsigned long rows,
-                unsigned long columns) {
+void finishEdge(double* out, unsigned long stride, const double* sums, const TileSteps& last,
+                const TileSteps& remaining, unsigned long rows, unsigned long columns) {
   double tile[kTileSize];
-  Tiles::finish(tile, kTileColumns, sums, remaining, 1);
+  Tiles::finish(tile, kTileColumns, sums, last, remaining, 1);
   for (unsigned long i = 0; i < rows; ++i) {
     std::memcpy(out + i * stride, tile + i * kTileColumns, columns * sizeof(double));
   }
@@ -76,16 +77,16 @@ void finishEdge(double* out, unsigned long stride, const double* sums, const Til
 template <class Tiles>
 void multiplyPanel(double* out, unsigned long stride, const Block& block, unsigned long panel) {
   const unsigned long rowPanels = panelsOf(block.rows, kTileRows);
-  for (unsigned long pass = 0; pass < kPasses; ++pass) {
+  for (unsigned long pass = 0; pass < kLastPass; ++pass) {
     Tiles::addPass(pass, block.sums, block.steps(pass, 0, panel), rowPanels);
   }
   const unsigned long columns = std::min(kTileColumns, block.columns - panel * kTileColumns);
   const unsigned long whole = columns == kTileColumns ? block.rows / kTileRows : 0;
-  Tiles::finish(out, stride, block.sums, block.steps(kPasses, 0, panel), whole);
+  Tiles::finish(out, stride, block.sums, block.steps(kLastPass, 0, panel), block.steps(kPasses, 0, panel), whole);
   for (unsigned long i = whole; i < rowPanels; ++i) {
     const unsigned long top = i * kTileRows;
-    finishEdge<Tiles>(out + top * stride, stride, block.sums + i * Tiles::kSums, block.steps(kPasses, i, panel),
-                      std::min(kTileRows, block.rows - top), columns);
+    finishEdge<Tiles>(out + top * stride, stride, block.sums + i * Tiles::kSums, block.steps(kLastPass, i, panel),
+                      block.steps(kPasses, i, panel), std::min(kTileRows, block.rows - top), columns);
   }
 }
 

@@ -123,12 +123,15 @@ NDARRAY_TARGET_AVX2 void Avx2Tiles::addPass(unsigned long pass, double* sums, Ti
   }
 }
 
-NDARRAY_TARGET_AVX2 void Avx2Tiles::finish(double* out, unsigned long stride, const double* sums, TileSteps remaining,
-                                           unsigned long tiles) {
+NDARRAY_TARGET_AVX2 void Avx2Tiles::finish(double* out, unsigned long stride, const double* sums, TileSteps last,
+                                           TileSteps remaining, unsigned long tiles) {
   for (; tiles != 0; --tiles, sums += kSums, out += kTileRows * stride) {
-    TileSums tile = loadTile(sums);
+    TileSums tile = zeroTile();
+    addSteps(tile, last);
+    tile = addTiles(loadTile(sums), tile);
     addSteps(tile, remaining);
     storeTile(out, stride, tile);
+    last.rows += last.count * kTileRows;
     remaining.rows += remaining.count * kTileRows;
   }
 }
@@ -138,16 +141,19 @@ void BaselineTiles::addPass(unsigned long pass, double* sums, TileSteps steps, u
     double tile[kTileSize] = {};
     addSteps(tile, steps);
     double* const to = pass < 2 ? sums : sums + kTileSize;
-    for (unsigned long i = 0; i < kTileSize; ++i) to[i] = pass % 2 == 0 ? tile[i] : to[i] + tile[i];
+    for (unsigned long i = 0; i < kTileSize; ++i) to[i] = pass == 1 ? to[i] + tile[i] : tile[i];
   }
 }
 
-void BaselineTiles::finish(double* out, unsigned long stride, const double* sums, TileSteps remaining,
+void BaselineTiles::finish(double* out, unsigned long stride, const double* sums, TileSteps last, TileSteps remaining,
                            unsigned long tiles) {
-  for (; tiles != 0; --tiles, sums += kSums, remaining.rows += remaining.count * kTileRows) {
-    double tile[kTileSize];
-    for (unsigned long i = 0; i < kTileSize; ++i) tile[i] = sums[i] + sums[kTileSize + i];
+  for (; tiles != 0; --tiles, sums += kSums) {
+    double tile[kTileSize] = {};
+    addSteps(tile, last);
+    for (unsigned long i = 0; i < kTileSize; ++i) tile[i] = sums[i] + (sums[kTileSize + i] + tile[i]);
     addSteps(tile, remaining);
+    last.rows += last.count * kTileRows;
+    remaining.rows += remaining.count * kTileRows;
     for (unsigned long i = 0; i < kTileRows; ++i, out += stride) {
       std::memcpy(out, tile + i * kTileColumns, kTileColumns * sizeof(double));
     }

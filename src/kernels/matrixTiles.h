@@ -18,10 +18,12 @@ struct TileSteps {
 struct Avx2Tiles {
   static constexpr unsigned long kSums = kTileSize;  // doubles kept of a tile between its passes
 
-  // Runs one of the four passes, which come in order, of `tiles` tiles below each other; their rows follow each other.
+  // Runs one of the first three passes, which come in order, of `tiles` tiles below each other; their rows follow each
+  // other.
   static void addPass(unsigned long pass, double* sums, TileSteps steps, unsigned long tiles);
-  // Adds the remaining terms of these tiles one by one and stores their rows in `out`.
-  static void finish(double* out, unsigned long stride, const double* sums, TileSteps remaining, unsigned long tiles);
+  // Runs the last pass of these tiles, adds the remaining terms one by one and stores the tiles' rows in `out`.
+  static void finish(double* out, unsigned long stride, const double* sums, TileSteps last, TileSteps remaining,
+                     unsigned long tiles);
 };
 
 // The same with the passes combined as (C0 + C1) + (C2 + C3).
@@ -29,5 +31,6 @@ struct BaselineTiles {
   static constexpr unsigned long kSums = 2 * kTileSize;
 
   static void addPass(unsigned long pass, double* sums, TileSteps steps, unsigned long tiles);
-  static void finish(double* out, unsigned long stride, const double* sums, TileSteps remaining, unsigned long tiles);
+  static void finish(double* out, unsigned long stride, const double* sums, TileSteps last, TileSteps remaining,
+                     unsigned long tiles);
 };
