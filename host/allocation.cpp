@@ -30,11 +30,11 @@ void returnCredit(ThreadState& thread) {
 }
 
 // When as much has come since the last collection as that one had to read: much in a heap of objects, little where
-// values fill it. A large request right behind another is rather the next part of one result, so it has to wait.
+// values fill it. The latest large block is rather a part of a result that is still being made, so it does not count.
 bool isDue(unsigned long charge) {
   const HeapLock lock;
   if (charge > gHeapLimit || gChargedBytes > gHeapLimit - charge) return true;
-  return gChargedBytes > gKeptBytes + std::max({kSmallestInterval, gScannedBytes, charge + charge / 2});
+  return gChargedBytes > gKeptBytes + gLatestLargeBytes + std::max(kSmallestInterval, gScannedBytes);
 }
 
 void collectWhenDue(unsigned long charge) {
@@ -46,6 +46,7 @@ bool chargeWithinLimit(ThreadState& thread, unsigned long charge) {
   const HeapLock lock;
   if (charge > gHeapLimit || gChargedBytes > gHeapLimit - charge) return false;
   gChargedBytes += charge;
+  if (charge > kLargestCell) gLatestLargeBytes = charge;
   const bool watched = thread.allocationsUntilFailure != 0 || gStressMode.load(std::memory_order_relaxed);
   thread.credit = watched ? 0 : std::min(kCreditBytes, gHeapLimit - gChargedBytes);
   gChargedBytes += thread.credit;

@@ -11,6 +11,7 @@ unsigned long gCollections = 0;
 unsigned long gFinalizersRun = 0;
 unsigned long gScannedBytes = 0;
 unsigned long gKeptBytes = 0;
+unsigned long gLatestLargeBytes = 0;
 
 namespace {
 
@@ -79,6 +80,7 @@ bool collectIfAlone() {
   markReachable();
   sweepHeap();
   gKeptBytes = gChargedBytes;
+  gLatestLargeBytes = 0;
   ++gCollections;
   return true;
 }

@@ -19,5 +19,7 @@ extern unsigned long gFinalizersRun;
 // Of the last collection, under the heap lock: what it had to read, and what was charged when it had ended.
 extern unsigned long gScannedBytes;
 extern unsigned long gKeptBytes;
+// The latest large request since then; under the heap lock.
+extern unsigned long gLatestLargeBytes;
 
 }  // namespace host

@@ -3,6 +3,8 @@
 // the very buffer of an operand. No alignment is required.
 #pragma once
 
+#include <cstdint>
+
 #include "kernels/cpuDispatch.h"
 
 using NdArrayUnaryLoop = void(double* out, const double* in, unsigned long length);
@@ -27,15 +29,43 @@ void binaryLoopPlain(double* out, const double* lhs, const double* rhs, unsigned
 // where that one is meant to round differently.
 enum class Avx2Remainder { Lanes, Scalar };
 
-// Groups of four by Op::lanes, four groups per step while they last; the remaining elements one by one.
-template <class Op, Avx2Remainder kRemainder>
-NDARRAY_TARGET_AVX2 void unaryLoopAvx2(double* out, const double* in, unsigned long length) {
+// From this length on, results that lie on a multiple of 32 bytes go to memory past the caches: they would push out the
+// operands, and would not be there any more when somebody reads them.
+inline constexpr unsigned long kShortestStreamedLength = 1UL << 19;
+
+template <bool kStreams>
+NDARRAY_INLINE_AVX2 void storeLanes(double* out, __m256d lanes) {
+  if constexpr (kStreams) {
+    _mm256_stream_pd(out, lanes);
+  } else {
+    _mm256_storeu_pd(out, lanes);
+  }
+}
+
+// Stores `group(i)`, the results from element i on, for all full groups of four, four groups per step while they last.
+// Returns the index behind them.
+template <bool kStreams, class Group>
+NDARRAY_INLINE_AVX2 unsigned long storeGroups(double* out, unsigned long length, Group group) {
   unsigned long i = 0;
   for (; length - i >= 16; i += 16) {
-    for (unsigned long k = i; k < i + 16; k += 4) _mm256_storeu_pd(out + k, Op::lanes(_mm256_loadu_pd(in + k)));
+    for (unsigned long k = i; k < i + 16; k += 4) storeLanes<kStreams>(out + k, group(k));
   }
-  for (; length - i >= 4; i += 4) _mm256_storeu_pd(out + i, Op::lanes(_mm256_loadu_pd(in + i)));
-  for (; i < length; ++i) {
+  for (; length - i >= 4; i += 4) storeLanes<kStreams>(out + i, group(i));
+  if constexpr (kStreams) _mm_sfence();
+  return i;
+}
+
+template <class Group>
+NDARRAY_INLINE_AVX2 unsigned long storeGroups(double* out, unsigned long length, Group group) {
+  const bool streams = length >= kShortestStreamedLength && reinterpret_cast<std::uintptr_t>(out) % 32 == 0;
+  return streams ? storeGroups<true>(out, length, group) : storeGroups<false>(out, length, group);
+}
+
+// Groups of four by Op::lanes, the remaining elements one by one.
+template <class Op, Avx2Remainder kRemainder>
+NDARRAY_TARGET_AVX2 void unaryLoopAvx2(double* out, const double* in, unsigned long length) {
+  const auto group = [=](unsigned long i) NDARRAY_TARGET_AVX2 { return Op::lanes(_mm256_loadu_pd(in + i)); };
+  for (unsigned long i = storeGroups(out, length, group); i < length; ++i) {
     if constexpr (kRemainder == Avx2Remainder::Lanes) {
       out[i] = _mm256_cvtsd_f64(Op::lanes(_mm256_set1_pd(in[i])));
     } else {
@@ -47,14 +77,7 @@ NDARRAY_TARGET_AVX2 void unaryLoopAvx2(double* out, const double* in, unsigned l
 // The same for two operands; both forms round alike, so the remainder takes the scalar one.
 template <class Op>
 NDARRAY_TARGET_AVX2 void binaryLoopAvx2(double* out, const double* lhs, const double* rhs, unsigned long length) {
-  unsigned long i = 0;
-  for (; length - i >= 16; i += 16) {
-    for (unsigned long k = i; k < i + 16; k += 4) {
-      _mm256_storeu_pd(out + k, Op::lanes(_mm256_loadu_pd(lhs + k), _mm256_loadu_pd(rhs + k)));
-    }
-  }
-  for (; length - i >= 4; i += 4) {
-    _mm256_storeu_pd(out + i, Op::lanes(_mm256_loadu_pd(lhs + i), _mm256_loadu_pd(rhs + i)));
-  }
-  for (; i < length; ++i) out[i] = Op::scalar(lhs[i], rhs[i]);
+  const auto group = [=](unsigned long i)
+                         NDARRAY_TARGET_AVX2 { return Op::lanes(_mm256_loadu_pd(lhs + i), _mm256_loadu_pd(rhs + i)); };
+  for (unsigned long i = storeGroups(out, length, group); i < length; ++i) out[i] = Op::scalar(lhs[i], rhs[i]);
 }
