@@ -17,6 +17,11 @@ void multiplyByDots(double* out, const double* lhs, const double* rhs, unsigned 
       out[i * extent + j] = dotProductAvx2(lhs + i * extent, &transposed[j * extent], extent);
 }
 
+// The product alone: without the result's object and without its sum, one addition after the other.
+void multiplyTiles(double* out, const double* lhs, const double* rhs, unsigned long extent) {
+  multiplyMatrices(out, lhs, rhs, {extent, extent, extent});
+}
+
 template <class Work>
 void addLoop(const Row& row, const char* part, Work work) {
   addPart(row, part, [work](unsigned long extent) {
@@ -33,6 +38,7 @@ void addProduct(unsigned long extent, double shareOfCeiling) {
   addPart(row, "native", [](unsigned long rows) {
     return elementwiseCall("_matmulNative", true, squareMatrix(rows, 0), squareMatrix(rows, 1));
   });
+  addLoop(row, "kernel", multiplyTiles);
   addPart(row, "limit", [](unsigned long rows) { return [=] { multiplyAddFromRegisters(rows * rows * rows); }; });
   addLoop(row, "dots", multiplyByDots);
 }
