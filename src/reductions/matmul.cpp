@@ -91,6 +91,7 @@ void* multiplyNdArrays(void* lhs, void* rhs) {
 
   const RootSlot result(Vesk_allocObject(runtimeTypeNameOf(lhs).c_str()));
   if (result.get() == nullptr) return raiseNull(kTypeError, "cannot allocate native NDArray<Double> result");
+  copyElementTypeAnswer(getObject(result.get()), instanceOf(lhs));  // they have one type name
   describeProduct(result.get(), {shape.rows, shape.columns});
   const NdArrayDoubleBufferView out = ensureNdArrayDoubleBuffer(result.get(), false, false);
   if (out.data == nullptr) return raiseNull(kTypeError, "cannot initialize native NDArray<Double> result");
