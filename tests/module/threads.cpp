@@ -76,12 +76,8 @@ TEST(Threads, shareListsAndReadyBuffers) {
     return called(nativeOf(one[0], theModule()), {first, second});
   };
   std::map<Case, std::vector<double>> expected;
-  for (const Case& one : cases) {
-    Value first, second;
-    first.object = makeObject(one[1]);
-    second.object = makeObject(one[2]);
-    expected[one] = run(one, first, second);
-  }
+  for (const Case& one : cases)
+    expected[one] = run(one, {.object = makeObject(one[1])}, {.object = makeObject(one[2])});
   onThreads([&](unsigned long i) {
     for (unsigned long round = i; round < i + 200; ++round) {
       const Case& one = cases[round % std::size(cases)];
@@ -94,18 +90,20 @@ TEST(Threads, meetAtTheFirstUse) {
   const host::Module fresh = freshModule();
   const Native fill = nativeOf("initFilledFastNative", fresh);
   const Native sum = nativeOf("sum", fresh);
-  void* extents = makeObject("list UInt packed 300,7");
-  std::atomic<unsigned long> ready{0};
-  std::vector<void*> shapes(kThreads);
-  onThreads([&](unsigned long i) {
-    void* array = makeObject("Double none size=0");
-    void* ones = makeObject("Double buffer 1..8");
-    for (++ready; ready < kThreads;) std::this_thread::yield();
-    called(fill, {{.object = array}, {.object = extents}, {.object = nullptr}});
-    EXPECT_EQ(called(sum, {{.object = ones}})[0], 36.0);
-    shapes[i] = Vesk_getField_ptr(array, "_shape");
-  });
-  for (void* shape : shapes) EXPECT_EQ(shape, shapes[0]);
+  for (const char* extents : {"300,7", "7", "301"}) {
+    void* list = makeObject(std::string("list UInt packed ") + extents);
+    std::atomic<unsigned long> ready{0};
+    std::vector<void*> shapes(kThreads);
+    onThreads([&](unsigned long i) {
+      void* array = makeObject("Double none size=0");
+      void* ones = makeObject("Double buffer 1..8");
+      for (++ready; ready < kThreads;) std::this_thread::yield();
+      called(fill, {{.object = array}, {.object = list}, {.object = nullptr}});
+      EXPECT_EQ(called(sum, {{.object = ones}})[0], 36.0);
+      shapes[i] = Vesk_getField_ptr(array, "_shape");
+    });
+    for (void* shape : shapes) EXPECT_EQ(shape, shapes[0]);
+  }
 }
 
 // The process exits, and the statics of the module are gone, while threads go on calling it.

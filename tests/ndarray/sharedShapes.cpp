@@ -1,19 +1,14 @@
 #include "ndarray/sharedShapes.h"
 
-#include <atomic>
-#include <future>
+#include <algorithm>
 #include <thread>
 
-#include "ndarray/shapes.h"
 #include "support/verbs.h"
 
 namespace {
 
 // The shared objects live in the storage of the library under test, which the host must scan as it scans a module.
-const bool kRegistered = [] {
-  host::registerModuleImage(reinterpret_cast<const void*>(&sharedNdArrayShapeMetadata));
-  return true;
-}();
+const bool kRegistered = (host::registerModuleImage(reinterpret_cast<const void*>(&sharedNdArrayShapeMetadata)), true);
 
 using Pair = std::pair<void*, void*>;  // shape and strides
 
@@ -23,21 +18,15 @@ Pair listsFor(const std::vector<unsigned long>& dims) {
   return pair;
 }
 
-TEST(SharedShapes, holdTheExtentsAndStayTheSameObjects) {
+TEST(SharedShapes, areSharedAsFarAsTwoExtentsFitIntoAKey) {
   const unsigned long wide = 1UL << 32;
-  for (const std::vector<unsigned long>& dims :
-       {std::vector{0UL}, {1}, {255}, {256}, {3, 4}, {4, 3}, {wide - 1, 2}, {2, wide}, {2, 3, 4}, {}}) {
+  for (const std::vector<unsigned long>& dims : {std::vector{0UL}, {wide}, {wide - 1, 2}, {2, wide}, {wide, 2}, {}}) {
     const Pair lists = listsFor(dims);
-    EXPECT_NE(keep(lists.first), keep(lists.second));
-    const std::vector<unsigned long> strides = rowMajorStridesForShape(dims);
-    expectSameDoubles(valuesOf(lists.first), {dims.begin(), dims.end()});
-    expectSameDoubles(valuesOf(lists.second), {strides.begin(), strides.end()});
+    expectSameDoubles(valuesOf(keep(lists.first)), {dims.begin(), dims.end()});
+    EXPECT_EQ(valuesOf(keep(lists.second)).size(), dims.size());
     listsFor({9, 9});
-    EXPECT_EQ(listsFor(dims) == lists, dims.size() == 1 || (dims.size() == 2 && dims[1] != wide));
+    EXPECT_EQ(listsFor(dims) == lists, dims.size() == 1 || (dims.size() == 2 && std::max(dims[0], dims[1]) < wide));
   }
-  void* one = getListData(sharedStride1ArrayListObject())->objects.data[0];
-  EXPECT_EQ(getListData(sharedShape1DArrayListObject(1))->objects.data[0], one);
-  EXPECT_EQ(getListData(listsFor({5, 6, 1}).second)->objects.data[2], one);
 }
 
 // Whether a few pairs more than the bound leave just the bound, and one of the thread's own. Ends the process.
@@ -59,21 +48,6 @@ TEST(SharedShapes, holdTheExtentsAndStayTheSameObjects) {
 TEST(SharedShapesDeathTest, keepTwoThousandAndFortyEightPairsAndTheThreadsLast) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own, whose cache starts empty
   EXPECT_EXIT(judgeTheBound(), testing::ExitedWithCode(0), "");
-}
-
-TEST(SharedShapes, areOneForEightThreadsThatRaceForThem) {
-  for (const std::vector<unsigned long>& dims : {std::vector{201UL}, {60001UL}, {601UL, 602UL}}) {
-    std::atomic<int> waiting{8};
-    const auto race = [&] {
-      const host::AttachedThread attached;
-      for (--waiting; waiting != 0;) std::this_thread::yield();
-      return listsFor(dims);
-    };
-    std::vector<std::future<Pair>> pairs(8);
-    for (auto& pair : pairs) pair = std::async(std::launch::async, race);
-    for (auto& pair : pairs) EXPECT_EQ(pair.get(), listsFor(dims));
-    expectSameDoubles(valuesOf(listsFor(dims).first), {dims.begin(), dims.end()});
-  }
 }
 
 }  // namespace

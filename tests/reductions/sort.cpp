@@ -7,28 +7,13 @@
 #include <cmath>
 #include <random>
 
-#include "support/verbs.h"
+#include "support/modelValues.h"
 
 namespace {
 
 using Keyed = std::pair<double, void*>;
 
-bool isNumber(const Keyed& item) { return !std::isnan(item.first); }
-bool isLess(const Keyed& x, const Keyed& y) { return x.first < y.first; }
-
-// Up to 32 values a NaN stays where it is and the numbers between are sorted, keeping the order of equal ones; above,
-// the numbers come first, then the NaNs as they were.
-void sortPlainly(std::vector<Keyed>& items) {
-  if (items.size() > 32) {
-    std::stable_sort(items.begin(), std::stable_partition(items.begin(), items.end(), isNumber), isLess);
-    return;
-  }
-  for (auto begin = items.begin(); begin != items.end();) {
-    const auto end = std::find_if_not(begin, items.end(), isNumber);
-    std::stable_sort(begin, end, isLess);
-    begin = end == items.end() ? end : end + 1;
-  }
-}
+constexpr auto kKey = [](const Keyed& item) { return item.first; };
 
 // Few different numbers, so that equal ones meet, zeros of both signs only where their order is kept; every NaN has
 // bits of its own.
@@ -50,7 +35,7 @@ TEST(Sort, buffersMatchThePlainReferenceBitForBit) {
       std::vector<double> values;
       for (const Keyed& item : items) values.push_back(item.first);
       sortNdArrayDoubleBufferAscending({values.data(), size});
-      sortPlainly(items);
+      model::sortBy(items, kKey);
       for (unsigned long i = 0; i < size; ++i) {
         ASSERT_EQ(std::bit_cast<std::uint64_t>(values[i]), std::bit_cast<std::uint64_t>(items[i].first))
             << size << ' ' << nanPercent;
@@ -68,7 +53,7 @@ TEST(Sort, itemsMoveWithTheirKeys) {
     void* array = arrayOver(objectList(boxes));
     void** sorted = dataOf(array).objects.data;
     sortNdArray1D(array);
-    sortPlainly(items);
+    model::sortBy(items, kKey);
     for (unsigned long i = 0; i < size; ++i) {
       EXPECT_TRUE(size > 32 || sorted[i] == items[i].second) << i;
       EXPECT_TRUE(sameDouble(valuesOf(array)[i], items[i].first)) << i;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <random>
 #include <sstream>
 
 #include "runtime/elementKinds.h"
@@ -26,34 +27,56 @@ std::vector<double> doublesOf(const Words& words) {
   return values;
 }
 
-// The values with ranges written out.
+// Numbers of many magnitudes, most of them where the functions turn. Among odd ones every third is a special case.
+double sample(const std::string& sort, std::mt19937_64& random) {
+  constexpr double kOdd[] = {0.0, -0.0, 1, -1, 1e308, -2.5, 0.49999999999999994, 0x1p52 + 1, INFINITY, -INFINITY, NAN};
+  const double number = std::ldexp(static_cast<double>(random()) - 0x1p63, static_cast<int>(random() % 8) - 64);
+  const double value = random() % 2 == 0 ? number : std::ldexp(number, static_cast<int>(random() % 64) - 32);
+  if (sort == "odd" && random() % 3 == 0) return kOdd[random() % std::size(kOdd)];
+  return sort == "positive" ? std::fabs(value) : value;
+}
+
+std::string written(double value) {
+  char text[32];
+  return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%.17g", value))};
+}
+
+// The values with ranges and samples written out.
 Words expanded(const std::string& text) {
   Words values;
   for (const std::string& part : split(text == "-" ? "" : text, ',')) {
-    const std::size_t dots = part.find("..");
-    if (dots == part.npos) {
+    const std::size_t slash = std::min(part.find('/'), part.size());
+    const Number after = number(part.substr(std::min(slash + 1, part.size())));
+    const std::string sort = part.substr(0, part.find_first_of("0123456789"));
+    if (const std::size_t dots = part.find(".."); dots != part.npos) {
+      const Number first = number(part);
+      const Number last = number(part.substr(dots + 2));
+      const Number steps = slash == part.size() ? std::fabs(last - first) : after - 1;
+      for (int i = 0; i <= static_cast<int>(steps); ++i)
+        values.push_back(written(static_cast<double>(first + (last - first) * i / steps)));
+    } else if (sort == "random" || sort == "odd" || sort == "positive") {
+      std::mt19937_64 random(static_cast<unsigned long>(after));
+      for (int i = std::stoi(part.substr(sort.size())); i > 0; --i) values.push_back(written(sample(sort, random)));
+    } else {
       values.push_back(part);
-      continue;
-    }
-    const Number first = number(part);
-    const Number last = number(part.substr(dots + 2));
-    const std::size_t slash = part.find('/');
-    const auto steps = slash == part.npos ? std::fabs(last - first) : number(part.substr(slash + 1)) - 1;
-    for (int i = 0; i <= static_cast<int>(steps); ++i) {
-      std::ostringstream value;
-      value.precision(17);
-      value << static_cast<double>(first + (last - first) * i / steps);
-      values.push_back(value.str());
     }
   }
   return values;
 }
 
+long gForeign[4] = {};  // nothing of the language
+const std::vector<std::string> kKindNames(std::begin(kElementKindNames), std::end(kElementKindNames));
+
 void* item(const std::string& text, const std::string& type) {
   if (text == "null") return nullptr;
+  if (text == "foreign") return gForeign;
   if (text == "text") return keep(host::newString("seven"));
   const std::size_t colon = text.find(':');
   return colon == text.npos ? box(type, number(text)) : box(text.substr(0, colon), number(text.substr(colon + 1)));
+}
+
+unsigned char kindOf(const std::string& type) {
+  return static_cast<unsigned char>(std::find(kKindNames.begin(), kKindNames.end(), type) - kKindNames.begin());
 }
 
 void* makeList(const std::string& type, const std::string& form, const Words& values) {
@@ -65,9 +88,8 @@ void* makeList(const std::string& type, const std::string& form, const Words& va
     if (form == "boxes") items.push_back(item(value, type));
     if (form == "one") items.push_back(items.empty() ? item(value, type) : items[0]);
   }
-  unsigned char kind = kBooleanKind;
-  while (kind > 0 && type != kElementKindNames[kind]) --kind;
-  return form == "packed" || form == "unnamed" ? packedList(kind, numbers, form == "packed") : objectList(items);
+  return form == "packed" || form == "unnamed" ? packedList(kindOf(type), numbers, form == "packed")
+                                               : objectList(items);
 }
 
 std::string option(const Words& words, const std::string& name) {
@@ -77,8 +99,8 @@ std::string option(const Words& words, const std::string& name) {
 }
 
 void applyFlags(void* array, const Words& words) {
-  if (!option(words, "shapelist=").empty())
-    Vesk_setField_ptr(array, "_shape", makeList("UInt", "packed", expanded(option(words, "shapelist="))));
+  if (const Words list = split(option(words, "shapelist="), '/'); !list.empty())
+    Vesk_setField_ptr(array, "_shape", makeList(list[0], list[1], expanded(list[2])));
   if (!option(words, "noshape").empty()) Vesk_setField_ptr(array, "_shape", nullptr);
   for (const auto& [name, field] : {std::pair("size=", "_size"), std::pair("ndim=", "_ndim")})
     if (const std::string value = option(words, name); !value.empty())
@@ -92,19 +114,15 @@ void applyFlags(void* array, const Words& words) {
 }
 
 std::vector<long long> extents(const Words& words) {
-  std::vector<long long> shape;
-  for (const std::string& extent : split(option(words, "shape="), 'x')) shape.push_back(std::stoll(extent));
-  return shape;
+  const std::vector<double> shape = doublesOf(split(option(words, "shape="), 'x'));
+  return {shape.begin(), shape.end()};
 }
 
 }  // namespace
 
 void* makeObject(const std::string& description, const Values& earlier) {
-  static long foreign[4] = {};
   const Words words = split(description, ' ');
-  if (words[0] == "null") return nullptr;
-  if (words[0] == "foreign") return foreign;
-  if (words[0] == "text") return item("text", "");
+  if (words[0] == "null" || words[0] == "foreign" || words[0] == "text") return item(words[0], "");
   if (words[0] == "same") return earlier[0].object;
   if (words[0] == "sharesData") return arrayOver(Vesk_getField_ptr(earlier[0].object, "_data"), extents(words));
   if (words[0] == "box") return box(words[1], number(words[2]));
@@ -121,6 +139,8 @@ void* makeObject(const std::string& description, const Values& earlier) {
     const std::string own = firstGenericArgShortType(type);
     void* list = makeList(form.size() > 1 ? form[1] : own.empty() ? "Int" : own, form[0], values);
     if (list != nullptr && !option(words, "lock").empty()) host::giveListLock(list);
+    if (const std::string name = option(words, "named="); !name.empty())
+      getListData(list)->elementTypeName = RuntimeTypeName(&kKindNames[kindOf(name)]);
     if (isList && !option(words, "type=").empty()) host::setListTypeName(list, option(words, "type=").c_str());
     if (isList) return list;
     array = arrayOver(list, extents(words), type.c_str());

@@ -20,7 +20,9 @@ Values makeArguments(const Scenario& scenario);
 //   "list Int packed 1,2,3 lock" or, for an array, "Int packed 1,2,3 lock shape=3x1".
 // The element type may be a full array type name. Forms: packed, unnamed (no element name), boxes, one (every item one
 // box), none (no list), buffer (ready native values); "packed=UInt" and the like name another type for the elements.
-// Values: numbers, null, text, "Long:5" for a box of another type, "1..9" and "0..1/40" for so many steps; "-" for
-// none. Flags: lock, meta (metadata record), shape=AxB, shapelist=DESCRIPTION-OF-VALUES, size=N, ndim=N, noshape, stale
-// (the remembered extents are invalid), sum=X (cached).
+// Values: numbers, null, text, foreign, "Long:5" for a box of another type, "1..9" and "0..1/40" for so many steps,
+// "random33/7" for 33 numbers of all magnitudes, the seventh such sample ("positive33/7" without signs, "odd33/7" with
+// special cases); "-" for none. Flags: lock, meta (metadata record), shape=AxB, shapelist=TYPE/FORM/VALUES, size=N,
+// ndim=N, noshape, stale (the remembered extents are invalid), sum=X (cached), named=TYPE (what the list says it
+// holds).
 void* makeObject(const std::string& description, const Values& earlier = {});

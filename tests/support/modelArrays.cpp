@@ -66,18 +66,6 @@ double plainSum(Model& m, Ref array, bool caches) {
 double sumAsDouble(Model& m, Ref array) { return plainSum(m, array, true); }
 double sumAsFloat(Model& m, Ref array) { return plainSum(m, array, false); }
 
-// Stable insertion up to 32 values (a NaN stays in its place), above that the standard sort with NaNs behind.
-template <class T, class Key>
-void sortBy(std::vector<T>& values, Key key) {
-  const auto less = [&](const T& x, const T& y) { return key(x) < key(y); };
-  if (values.size() > 32) {
-    const auto isNumber = [&](const T& x) { return key(x) == key(x); };
-    return std::sort(values.begin(), std::stable_partition(values.begin(), values.end(), isNumber), less);
-  }
-  for (std::size_t i = 1; i < values.size(); ++i)
-    for (std::size_t j = i; j > 0 && less(values[j], values[j - 1]); --j) std::swap(values[j], values[j - 1]);
-}
-
 void sort1D(Model& m, Ref array) {
   if (array == nullptr) return;
   if (Buffer* buffer = readyBuffer(m, array)) return sortBy(buffer->values, [](double x) { return x; });
@@ -325,8 +313,7 @@ void initFilled(Model& m, Ref array, Ref shapeList, Ref fill) {
   Ref list = isNumber(type) ? newPackedList(m, type) : nullptr;
   if (list == nullptr) list = newList(m, std::vector<Ref>(size_t(count), fill));
   if (list->packed != 0)
-    list->elements.assign(size_t(count), isFloatingKind(list->packed) ? packedReal(list->packed, doubleOf(fill))
-                                                                      : narrow(list->packed, integerOf(fill)));
+    list->elements.assign(size_t(count), packedNumber(list->packed, doubleOf(fill), integerOf(fill)));
   array->data = list;
 }
 
@@ -342,7 +329,7 @@ void fillRandomList(Model& m, Ref list, long long signedCount) {
   for (std::size_t i = 0; i < count; ++i) {
     const double value = static_cast<double>(nextFastRandomU64() >> 11) * 0x1p-53;
     if (list->packed == 0) list->items[i] = newBox(m, boxType, value);
-    if (list->packed != 0) list->elements[i] = packedReal(list->packed, value);
+    if (list->packed != 0) list->elements[i] = packedNumber(list->packed, value, 0);
   }
 }
 

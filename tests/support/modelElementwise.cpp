@@ -60,11 +60,12 @@ Ref arithmetic(Model& m, const Arithmetic& op, Ref lhs, Ref rhs) {
   Ref result = resultLike(m, lhs, lhs->type, packed ? 0 : lengthOf(left));
   if (packed) {
     Ref out = result->data = newPackedList(m, x.type);
-    if (out == nullptr) raise("TypeError", "cannot initialize primitive NDArray result");
+    if (out == nullptr || out->packed == kBoolean) raise("TypeError", "cannot initialize primitive NDArray result");
     for (std::size_t i = 0; i < lengthOf(left); ++i) {
-      const double real = floating ? op.real(doubleAt(left, i), doubleAt(right, i)) : 0;
-      const long long whole = floating ? toInteger(real) : op.integer(integerAt(left, i), integerAt(right, i));
-      out->elements.push_back(isFloatingKind(out->packed) ? packedReal(out->packed, real) : narrow(out->packed, whole));
+      long long whole = floating ? 0 : op.integer(integerAt(left, i), integerAt(right, i));
+      const double real = floating ? op.real(doubleAt(left, i), doubleAt(right, i)) : static_cast<double>(whole);
+      if (floating) whole = toInteger(real);
+      out->elements.push_back(packedNumber(out->packed, real, whole));
     }
     return result;
   }
@@ -87,20 +88,23 @@ Ref arithmetic(Model& m, const Arithmetic& op, Ref lhs, Ref rhs) {
 
 // ---- Functions of one argument.
 
-using Function = double (*)(double);
-struct Preserving {
+struct FloatFunction {
   const char* name;
-  Function real;
+  double (*value)(double);
+  bool (*outside)(double) = nullptr;
+  const char* domain = nullptr;
+  double groupFactor = 0;  // of the angle conversions, for whole groups of four on an AVX2 processor
 };
-const Preserving kPreserving[] = {{"abs", fabs}, {"round", round}, {"floor", floor}, {"ceil", ceil}, {"trunc", trunc}};
+const FloatFunction kPreserving[] = {
+    {"abs", fabs}, {"round", round}, {"floor", floor}, {"ceil", ceil}, {"trunc", trunc}};
 
-Ref preserving(Model& m, const Preserving& op, Ref array) {
+Ref preserving(Model& m, const FloatFunction& op, Ref array) {
   if (array == nullptr) return nullptr;
-  const bool isAbs = op.real == kPreserving[0].real;
+  const bool isAbs = op.value == kPreserving[0].value;
   if (const Buffer* in = bufferOf(m, array)) {
     Ref result = resultLike(m, array, array->type, in->count);
     Buffer& out = resultBuffer(m, result);
-    for (double x : in->values) out.values.push_back(op.real(x));
+    for (double x : in->values) out.values.push_back(op.value(x));
     return result;
   }
   materialize(m, dataOf(array));
@@ -109,7 +113,7 @@ Ref preserving(Model& m, const Preserving& op, Ref array) {
   Ref result = resultLike(m, array, array->type, 0);
   for (Ref item : array->data->items) {
     if (profile.reading == Reading::Floating)
-      item = newRealBox(m, profile.type, op.real(doubleOf(item)));
+      item = newRealBox(m, profile.type, op.value(doubleOf(item)));
     else if (isAbs && integerOf(item) < 0)
       item = newBox(m, profile.type, static_cast<Number>((long long)(0 - U(integerOf(item)))));
     result->data->items.push_back(item);
@@ -118,13 +122,6 @@ Ref preserving(Model& m, const Preserving& op, Ref array) {
 }
 
 constexpr double kPi = 3.141592653589793;
-struct FloatFunction {
-  const char* name;
-  Function value;
-  bool (*outside)(double) = nullptr;
-  const char* domain = nullptr;
-  double groupFactor = 0;  // of the angle conversions, for whole groups of four on an AVX2 processor
-};
 bool isBelowZero(double x) { return x < 0; }
 bool isNotPositive(double x) { return x <= 0; }
 bool isOutsideUnit(double x) { return x < -1 || x > 1; }
@@ -151,7 +148,7 @@ Ref floatFunction(Model& m, const FloatFunction& op, Ref array) {
     Ref result = resultLike(m, array, type, in->count);
     Buffer& out = resultBuffer(m, result);
     std::for_each(in->values.begin(), in->values.end(), check);
-    const std::size_t grouped = op.groupFactor != 0 && __builtin_cpu_supports("avx2") ? in->count / 4 * 4 : 0;
+    const std::size_t grouped = op.groupFactor != 0 && hasAvx2() ? in->count / 4 * 4 : 0;
     for (std::size_t i = 0; i < in->count; ++i)
       out.values.push_back(i < grouped ? in->values[i] * op.groupFactor : op.value(in->values[i]));
     return result;

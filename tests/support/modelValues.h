@@ -32,21 +32,38 @@ inline Number narrow(int kind, long long value) {
   return static_cast<Number>(kind % 2 != 0 ? static_cast<long long>(high) >> dropped : (long long)(high >> dropped));
 }
 
-inline Number packedReal(int kind, double value) { return kind == kFloat ? static_cast<float>(value) : value; }
+// The one of the two that an element of the kind is computed as.
+inline Number packedNumber(int kind, double real, long long whole) {
+  if (kind == kFloat) return static_cast<float>(real);
+  return kind == kDouble ? real : narrow(kind, whole);
+}
 
-// The sum in the order of this processor's kernels; of products it is the dot product.
-inline double orderedSum(const std::vector<double>& terms) {
+inline bool hasAvx2() { return __builtin_cpu_supports("avx2") != 0; }
+
+// The sum in the order of the kernels with AVX2 or of those without; of products it is the dot product.
+inline double orderedSum(const std::vector<double>& terms, bool avx2 = hasAvx2()) {
   std::size_t i = 0;
   double sum = 0;
   if (terms.size() >= 4) {
     double lane[4] = {0, 0, 0, 0};
     for (; i + 4 <= terms.size(); i += 4)
       for (std::size_t j = 0; j < 4; ++j) lane[j] += terms[i + j];
-    sum = __builtin_cpu_supports("avx2") ? ((lane[0] + lane[1]) + lane[2]) + lane[3]
-                                         : (lane[0] + lane[1]) + (lane[2] + lane[3]);
+    sum = avx2 ? ((lane[0] + lane[1]) + lane[2]) + lane[3] : (lane[0] + lane[1]) + (lane[2] + lane[3]);
   }
   for (; i < terms.size(); ++i) sum += terms[i];
   return sum;
+}
+
+// Stable insertion up to 32 values (a NaN stays in its place), above that the standard sort with NaNs behind.
+template <class T, class Key>
+void sortBy(std::vector<T>& values, Key key) {
+  const auto less = [&](const T& x, const T& y) { return key(x) < key(y); };
+  if (values.size() > 32) {
+    const auto isNumber = [&](const T& x) { return key(x) == key(x); };
+    return std::sort(values.begin(), std::stable_partition(values.begin(), values.end(), isNumber), less);
+  }
+  for (std::size_t i = 1; i < values.size(); ++i)
+    for (std::size_t j = i; j > 0 && less(values[j], values[j - 1]); --j) std::swap(values[j], values[j - 1]);
 }
 
 // ---- Type names.
@@ -156,7 +173,8 @@ inline std::vector<double> listAsDoubles(Ref list) {
 inline Ref elementBox(Model& m, Ref list, std::size_t i, const string& unnamed) {
   const string type = list->elementName.empty() ? unnamed : list->elementName;
   if (list->packed == kBoolean) return newBox(m, "Boolean", list->elements[i]);
-  if (!isFloatingKind(list->packed)) return newBox(m, type, static_cast<Number>(integerAt(list, i)));
+  if (!isFloatingKind(list->packed))
+    return newBox(m, isFloating(type) ? "Int" : type, static_cast<Number>(integerAt(list, i)));
   return newBox(m, type == "Float" ? type : "Double", list->elements[i]);
 }
 

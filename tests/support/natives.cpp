@@ -71,6 +71,11 @@ std::vector<double> elementsOf(Ref node) {
 
 }  // namespace
 
+std::vector<double> valuesOf(void* arrayOrList) {
+  World world;
+  return elementsOf(world.see(arrayOrList));
+}
+
 Outcome callNative(const Native& native, const Values& arguments, Fault* fault) {
   const host::NativeCallCheck check;
   Outcome outcome;

@@ -142,6 +142,14 @@ Ref World::see(void* object) {
   return &node;
 }
 
+std::string contentOf(Ref root) {
+  if (root == nullptr) return "null";
+  std::string text = contentOf(*root, false);
+  for (Ref item : root->items) text += contentOf(item);
+  for (Ref part : {root->shape, root->strides, root->data}) text += contentOf(part);
+  return text;
+}
+
 bool Comparison::isRightObject(const Node& expected, const Node& actual) {
   if (!expected.shared.empty()) return isTheShared(expected.shared, actual.address);
   if (expected.address != nullptr) return expected.address == actual.address;

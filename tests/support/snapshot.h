@@ -55,6 +55,9 @@ class World {
   std::map<void*, Ref> seen_;
 };
 
+// A node and all that it refers to, to the last bit, without addresses; all NaNs are one.
+std::string contentOf(Ref root);
+
 // Compares what a native did with what was expected of it, through as many values as `compare` is called with.
 class Comparison {
  public:

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "runtime/elementKinds.h"
+#include "runtime/listStorage.h"
 
 namespace {
 
@@ -64,7 +64,8 @@ void* packedList(unsigned char kind, const Numbers& values, bool named) {
 }
 
 void* arrayOver(void* dataList, std::vector<long long> shape, const char* typeName) {
-  if (shape.empty()) shape = {static_cast<long long>(dataList == nullptr ? 0 : valuesOf(dataList).size())};
+  if (shape.empty())
+    shape = {static_cast<long long>(dataList == nullptr ? 0 : listLogicalSize(*getListData(dataList)))};
   Numbers extents;
   Numbers strides(shape.size(), 1);
   long long size = 1;
@@ -113,24 +114,6 @@ void* boxedInts(const Numbers& values, std::vector<long long> shape) {
 }
 
 ListData& dataOf(void* array) { return *getListData(Vesk_getField_ptr(array, "_data")); }
-
-std::vector<double> valuesOf(void* arrayOrList) {
-  if (const NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(getObject(arrayOrList));
-      storage != nullptr && storage->ready != 0) {
-    const double* first = storage->heapAllocated != 0 ? storage->heapValues : storage->inlineValues;
-    return {first, first + storage->count};
-  }
-  const bool isList = shortTypeName(Vesk_objectTypeName(arrayOrList)) == "ArrayList";
-  const ListData& list = isList ? *getListData(arrayOrList) : dataOf(arrayOrList);
-  const bool isPacked = list.primitiveKind != 0;
-  std::vector<double> values(isPacked ? list.primitives.size : list.objects.size);
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const unsigned char* element = list.primitives.data + i * list.primitives.elementSize;
-    const auto read = [&](auto kind) { values[i] = kind.toDouble(kind.load(element)); };
-    visitElementKind(list.primitiveKind, read, [&] { extractArrayElementDouble(list.objects.data[i], values[i]); });
-  }
-  return values;
-}
 
 bool sameDouble(double x, double y) {
   return std::bit_cast<unsigned long>(x) == std::bit_cast<unsigned long>(y) || (std::isnan(x) && std::isnan(y));
