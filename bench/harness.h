@@ -67,6 +67,7 @@ void* squareMatrix(unsigned long extent, int stream = 0);
 // Adds the part that makes a result array like a one-dimensional operand, without its values.
 void addResultPart(const Row& row);
 
+// The storage of an array of doubles that has one, and where its values are.
 NdArrayDoubleStorage& storageOf(void* array);
 double* valuesOf(void* array);
 

@@ -3,6 +3,7 @@
 
 #include "ndArrayClient.h"
 
+// What is printed of a column.
 struct ColumnSummary {
   std::size_t count;
   double sum;
@@ -14,6 +15,7 @@ struct ColumnSummary {
   std::size_t outliers;  // values more than three deviations from the mean
 };
 
+// Summarizes a column of at least one value. Throws LanguageError when a native raises.
 ColumnSummary summarizeColumn(const NdArrayClient& client, const std::vector<double>& column);
 
 // A column moved to mean zero.
@@ -21,6 +23,7 @@ struct CenteredColumn {
   Array values;
   double mean;
 };
+// Subtracts the mean of an array of `count` values. Throws like summarizeColumn.
 CenteredColumn centerColumn(const NdArrayClient& client, const Array& column, std::size_t count);
 
 // The square root of the sum of squares.

@@ -6,6 +6,7 @@
 
 namespace host {
 
+// Where the thread's credit does not cover the charge: everything below that may be due, then credit anew.
 bool beginAllocationSlowly(ThreadState& thread, unsigned long charge);
 
 // Once per operation that allocates, with what all its blocks are charged (chargeOf). False: the operation fails.

@@ -14,9 +14,12 @@ namespace host {
 // ---- Threads. Host operations work on attached threads only; on any other the process stops with a message. For the
 // collector a thread counts from its first attach until it exits.
 
+// Attaches the calling thread, or once more; each call is undone by one of detachThread, which stops the process on a
+// thread that is not attached.
 VESK_HOST_API void attachThread();
 VESK_HOST_API void detachThread();
 
+// Attaches the thread for a scope.
 struct AttachedThread {
   AttachedThread() { attachThread(); }
   ~AttachedThread() { detachThread(); }
@@ -27,7 +30,9 @@ struct AttachedThread {
 // ---- Collection. It runs on request, when enough was allocated, and in stress mode before every allocation; only
 // while one thread counts, otherwise it is skipped.
 
+// Collects now, or does nothing while more than one thread counts.
 VESK_HOST_API void collect();
+// Stress mode is off at first. It also keeps freed memory out of use for a while and fills new memory.
 VESK_HOST_API void setStressMode(bool on);
 VESK_HOST_API bool stressMode();
 
@@ -59,12 +64,14 @@ VESK_HOST_API void setHeapLimit(unsigned long bytes);
 
 // ---- Counts.
 
+// What the heap holds now, and what it has done.
 struct HeapCounts {
   unsigned long liveObjects;  // objects not yet found dead
   unsigned long liveBytes;    // of objects and raw blocks
   unsigned long collections;  // since the start of the process
   unsigned long finalizersRun;
 };
+// Walks all pages. The calling thread need not be attached.
 VESK_HOST_API HeapCounts heapCounts();
 
 // What a thread has asked of the host.
@@ -89,17 +96,20 @@ class VESK_HOST_API OperationCounter {
   OperationCounts counts() const;
 };
 
-VESK_HOST_API unsigned long rootSlotCount();  // registered on this thread now
+// The root slots that are registered on this thread now.
+VESK_HOST_API unsigned long rootSlotCount();
 
 // Whether the heap's own records are sound; the reason when not.
 VESK_HOST_API std::optional<std::string> checkHeap();
 
 // ---- Exceptions.
 
+// A raised language exception: the name of its type as the module gave it, and its message.
 struct Exception {
   std::string typeName;
   std::string message;
 };
+// Whether one is pending on this thread, and that one itself, which is then pending no more.
 VESK_HOST_API bool exceptionPending();
 VESK_HOST_API std::optional<Exception> takeException();
 

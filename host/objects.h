@@ -48,12 +48,14 @@ struct StringRecord {
 // Header word: magic in the upper half, below it the storage bit, the element kind of a box and the class.
 inline constexpr std::uint64_t kObjectMagic = 0xB0C5EA77;
 inline constexpr std::uint64_t kStorageBit = 1UL << 16;
+// The header of a new object, and what it says.
 constexpr std::uint64_t headerOf(ClassKind kind, unsigned char elementKind) {
   return kObjectMagic << 32 | static_cast<std::uint64_t>(elementKind) << 8 | static_cast<std::uint64_t>(kind);
 }
 inline ClassKind classOf(const ObjectInstance& object) { return static_cast<ClassKind>(object.header & 0xff); }
 inline unsigned char boxKindOf(const ObjectInstance& object) { return object.header >> 8 & 0xff; }
 
+// The whole record of an object whose class is known.
 template <class Record>
 Record& recordAs(ObjectInstance& object) {
   return reinterpret_cast<Record&>(object);

@@ -37,6 +37,7 @@ inline constexpr bool kSanitized = false;
 inline constexpr unsigned char kFreedByte = 0xDB;
 inline constexpr unsigned char kUninitializedByte = 0xCB;
 
+// From poison to unpoison, AddressSanitizer reports every access to the memory; without it nothing happens.
 #ifdef VESK_HOST_ASAN
 inline constexpr unsigned long kRedzoneBytes = 16;  // between neighbouring blocks, always poisoned
 inline void poison(void* memory, unsigned long bytes) { __asan_poison_memory_region(memory, bytes); }
@@ -47,6 +48,7 @@ inline void poison(void*, unsigned long) {}
 inline void unpoison(void*, unsigned long) {}
 #endif
 
+// The look of memory that is freed, and of memory handed out in stress mode and under sanitizers.
 inline void overwriteFreed(void* memory, unsigned long bytes) { std::memset(memory, kFreedByte, bytes); }
 inline void overwriteUninitialized(void* memory, unsigned long bytes) {
   std::memset(memory, kUninitializedByte, bytes);

@@ -26,6 +26,8 @@ struct RecentName {
 inline constexpr std::uintptr_t kRecentNames = 64;
 extern constinit thread_local RecentName gRecentNames[kRecentNames];
 
+// The long way of internType: looks the name up in the process's table, entering it when it is new, and remembers it
+// in `recent`. Stops the process for a null name.
 const TypeInfo& findOrInternType(const char* name, RecentName& recent);
 
 // The one TypeInfo of this name. An interned name is recognised by its address alone.

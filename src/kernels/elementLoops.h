@@ -33,6 +33,7 @@ enum class Avx2Remainder { Lanes, Scalar };
 // operands, and would not be there any more when somebody reads them.
 inline constexpr unsigned long kShortestStreamedLength = 1UL << 19;
 
+// Stores four results at `out`, past the caches or through them.
 template <bool kStreams>
 NDARRAY_INLINE_AVX2 void storeLanes(double* out, __m256d lanes) {
   if constexpr (kStreams) {
@@ -55,6 +56,7 @@ NDARRAY_INLINE_AVX2 unsigned long storeGroups(double* out, unsigned long length,
   return i;
 }
 
+// The same with the way that suits the length and the place of the results.
 template <class Group>
 NDARRAY_INLINE_AVX2 unsigned long storeGroups(double* out, unsigned long length, Group group) {
   const bool streams = length >= kShortestStreamedLength && reinterpret_cast<std::uintptr_t>(out) % 32 == 0;
