@@ -114,19 +114,21 @@ bool takesPackedNumbers(const ListData& list, unsigned long count) {
 // bits into an integer one. The kind is the list's own.
 template <class Value>
 void storePacked(ListData& out, unsigned long start, const Value* values, unsigned long length) {
-  const unsigned long stride = out.primitives.elementSize;
-  unsigned char* element = primitiveElementAt(out, start);
+  unsigned char* const first = primitiveElementAt(out, start);
   const auto storeAll = [&](auto kind) {
     using Stored = typename decltype(kind)::Stored;
-    for (unsigned long i = 0; i < length; ++i, element += stride) {
-      if constexpr (std::is_integral_v<Stored> && std::is_same_v<Value, double>) {
-        kind.store(element, static_cast<Stored>(doubleToInteger(values[i])));
-      } else if constexpr (std::is_integral_v<Stored>) {
-        kind.store(element, static_cast<Stored>(values[i]));
-      } else {
-        kind.store(element, static_cast<Stored>(static_cast<double>(values[i])));  // to float by way of double
+    withElementStride(kind, out.primitives.elementSize, [&](auto stride) {
+      for (unsigned long i = 0; i < length; ++i) {
+        unsigned char* const element = first + i * stride;
+        if constexpr (std::is_integral_v<Stored> && std::is_same_v<Value, double>) {
+          kind.store(element, static_cast<Stored>(doubleToInteger(values[i])));
+        } else if constexpr (std::is_integral_v<Stored>) {
+          kind.store(element, static_cast<Stored>(values[i]));
+        } else {
+          kind.store(element, static_cast<Stored>(static_cast<double>(values[i])));  // to float by way of double
+        }
       }
-    }
+    });
   };
   visitElementKind(out.primitiveKind, storeAll, [] {});
 }

@@ -15,18 +15,20 @@ using Kind = NdArrayNumericKind;
 // One typed loop per packed kind; zeros where the list's elements are too narrow for their kind.
 template <class Value>
 void readPacked(Value* out, const ListData& list, unsigned long start, unsigned long length) {
-  const unsigned long stride = list.primitives.elementSize;
-  const unsigned char* element = primitiveElementAt(list, start);
+  const unsigned char* const first = primitiveElementAt(list, start);
   const auto zeros = [&] { std::fill_n(out, length, Value{}); };
   const auto elements = [&](auto kind) {
-    if (stride < kind.kWidth) return zeros();
-    for (unsigned long i = 0; i < length; ++i, element += stride) {
-      if constexpr (std::is_same_v<Value, double>) {
-        out[i] = kind.toDouble(kind.load(element));
-      } else {
-        out[i] = kind.toInteger(kind.load(element));
+    if (list.primitives.elementSize < kind.kWidth) return zeros();
+    withElementStride(kind, list.primitives.elementSize, [&](auto stride) {
+      for (unsigned long i = 0; i < length; ++i) {
+        const auto element = kind.load(first + i * stride);
+        if constexpr (std::is_same_v<Value, double>) {
+          out[i] = kind.toDouble(element);
+        } else {
+          out[i] = kind.toInteger(element);
+        }
       }
-    }
+    });
   };
   visitElementKind(list.primitiveKind, elements, zeros);
 }

@@ -71,10 +71,11 @@ void* sumIntegerElements(const ListData& list) {
       [&](auto kind) {
         long long total = 0;
         if (elements.elementSize < kind.kWidth) return total;
-        const unsigned char* element = elements.data;
-        for (unsigned long i = 0; i < elements.size; ++i, element += elements.elementSize) {
-          total = wrapAdd(total, kind.toInteger(kind.load(element)));
-        }
+        withElementStride(kind, elements.elementSize, [&](auto stride) {
+          for (unsigned long i = 0; i < elements.size; ++i) {
+            total = wrapAdd(total, kind.toInteger(kind.load(elements.data + i * stride)));
+          }
+        });
         return total;
       },
       [] { return 0LL; });

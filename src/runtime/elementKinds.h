@@ -73,6 +73,17 @@ inline auto visitElementKind(unsigned char code, Visit&& visit, Otherwise&& othe
   }
 }
 
+// Calls `loop(stride)` with the distance of neighbouring elements, as a constant where they touch: they nearly always
+// do, and compilers make vector code of it.
+template <class Kind, class Loop>
+inline void withElementStride(Kind, unsigned long elementSize, Loop&& loop) {
+  if (elementSize == Kind::kWidth) {
+    loop(std::integral_constant<unsigned long, Kind::kWidth>{});
+  } else {
+    loop(elementSize);
+  }
+}
+
 // Short type names by kind code; index 0 is the object list.
 inline constexpr const char* kElementKindNames[] = {"",     "SByte", "Byte",  "Short", "UShort", "Int",
                                                     "UInt", "Long",  "ULong", "Float", "Double", "Boolean"};
