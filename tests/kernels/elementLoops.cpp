@@ -1,10 +1,12 @@
 // The element-wise kernels: every form at every length, at odd offsets and in place, against independent references.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <functional>
 #include <random>
 
 #include "kernels/binaryArithmetic.h"
+#include "kernels/elementLoops.h"
 #include "kernels/unaryFloat.h"
 #include "kernels/unaryPreserve.h"
 #include "support/verbs.h"
@@ -97,6 +99,29 @@ TEST(ElementKernels, convertAnglesInGroupsByOneProduct) {
       {Op::Radians, [](double x, double, bool grouped) { return grouped ? x * 0.017453292519943295 : x * kPi / 180; }}};
   for (const auto& [op, reference] : cases)
     expectForms(op, applyUnaryFloatPlain, applyUnaryFloatAvx2, applyUnaryFloat, reference);
+}
+
+// Long results on a multiple of 32 bytes go past the caches, pieces of them do not.
+TEST(ElementKernels, computeLongResultsLikeShortOnes) {
+  constexpr unsigned long kLength = kShortestStreamedLength + 7, kPiece = 4096;
+  const std::vector<double> some = samples(3);
+  std::vector<double> in(kLength);
+  for (unsigned long i = 0; i < kLength; ++i) in[i] = some[i % 4093];
+  const auto expectSame = [&](const auto& kernel) {
+    std::vector<double> whole(kLength + 8, -77.25), pieces(kLength, 0);
+    double* const out =
+        std::find_if(&whole[1], &whole[5], [](double& at) { return std::bit_cast<unsigned long>(&at) % 32 == 0; });
+    kernel(out, in.data(), kLength);
+    for (unsigned long i = 0; i < kLength; i += kPiece) kernel(&pieces[i], &in[i], std::min(kPiece, kLength - i));
+    EXPECT_EQ(out[-1] + out[kLength], 2 * -77.25);
+    expectSameDoubles({out, out + kLength}, pieces);
+  };
+  expectSame([](double* out, const double* x, unsigned long length) {
+    applyBinaryArithmetic(out, x, x, length, NdArrayBinaryArithmeticOp::Multiply);
+  });
+  expectSame([](double* out, const double* x, unsigned long length) {
+    applyUnaryFloat(out, x, length, NdArrayUnaryFloatOp::Degrees);
+  });
 }
 
 TEST(ElementKernels, findAValueOutsideTheDomainWhereverItIs) {
