@@ -1,6 +1,7 @@
 // The generator behind random arrays.
 #include "construction/random.h"
 
+#include <numeric>
 #include <set>
 
 #include "construction/uniformGenerator.h"
@@ -17,13 +18,15 @@ TEST(Random, stepsAsDefined) {
   EXPECT_EQ(uniformFromBits(~0UL), 1 - 0x1p-53);
 }
 
-TEST(Random, noFillComesTwice) {
+// Up to seven values, a group of four and its remainder, are summed like a row of numbers.
+TEST(Random, fillsContinueTheStreamAndAreSummedInOrder) {
   std::set<double> seen;
-  for (unsigned long length = 0; length < 40; ++length) {
-    std::vector<double> values(length, -1.0);
-    fillNdArrayUniformRandom({values.data(), length});
+  for (unsigned long round = 0; round < 800; ++round) {
+    std::vector<double> values(round % 8, -1.0);
+    const double sum = fillNdArrayUniformRandom({values.data(), values.size()});
+    EXPECT_EQ(sum, std::accumulate(values.begin(), values.end(), 0.0));
     values.push_back(nextNdArrayUniformRandom());
-    for (const double value : values) EXPECT_TRUE(seen.insert(value).second) << length;
+    for (const double value : values) EXPECT_TRUE(seen.insert(value).second) << round;
   }
 }
 
