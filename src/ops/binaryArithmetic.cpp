@@ -105,7 +105,8 @@ void* overBuffers(const Array& lhs, const Array& rhs, NdArrayDoubleBufferView in
 
 // Whether `count` numbers can be stored into the packed list. The host chose its kind from a name, so it is looked at
 // before anything is written.
-bool takesPackedNumbers(const ListData& list, unsigned long count) {
+bool takesPackedNumbers(ListData& list, unsigned long count) {
+  const ListDataLock lock(list);
   const auto wideEnough = [&](auto kind) { return !kind.kIsBoolean && list.primitives.elementSize >= kind.kWidth; };
   return list.primitives.size >= count && visitElementKind(list.primitiveKind, wideEnough, [] { return false; });
 }
