@@ -31,7 +31,7 @@ inline NdArrayDoubleBufferView readyNdArrayDoubleBuffer(NdArrayDoubleStorage* st
 }
 
 // The view of an array given with its record (null for a foreign pointer) when its metadata and storage show that it
-// takes no work; null when they do not, which says nothing.
+// takes no work; null when they do not, which says nothing. Never allocates, never locks.
 inline NdArrayDoubleBufferView settledNdArrayDoubleBuffer(ObjectInstance* instance) {
   constexpr NdArrayDoubleBufferView kUnsettled = {nullptr, 0};
   if (instance == nullptr || instance->metadata == nullptr) return kUnsettled;
@@ -42,15 +42,17 @@ inline NdArrayDoubleBufferView settledNdArrayDoubleBuffer(ObjectInstance* instan
   if (storage->count <= NdArrayDoubleStorage::kInlineCapacity) {
     return storage->heapAllocated != 0 ? kUnsettled : NdArrayDoubleBufferView{storage->inlineValues, storage->count};
   }
-  const bool finalizes = instance->finalizerRegistered != 0 || instance->finalizer == nullptr;
-  if (storage->heapAllocated == 0 || storage->heapValues == nullptr || !finalizes) return kUnsettled;
+  const bool finalizerSettled = instance->finalizerRegistered != 0 || instance->finalizer == nullptr;
+  if (storage->heapAllocated == 0 || storage->heapValues == nullptr || !finalizerSettled) return kUnsettled;
   return {storage->heapValues, storage->count};
 }
 
-// The same as ensureNdArrayDoubleBuffer(object, fillFromList, zeroFill), for callers that hold the object's record
-// (null for a foreign pointer) already.
+// The rest of the next one, for an array that is not settled; right for one that is. May allocate (the object is rooted
+// inside).
 NdArrayDoubleBufferView ensureUnsettledNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
                                                            bool zeroFill);
+// The same as ensureNdArrayDoubleBuffer(object, fillFromList, zeroFill), for callers that hold the object's record
+// (null for a foreign pointer) already.
 inline NdArrayDoubleBufferView ensureNdArrayDoubleBuffer(void* object, ObjectInstance* instance, bool fillFromList,
                                                          bool zeroFill) {
   const NdArrayDoubleBufferView settled = settledNdArrayDoubleBuffer(instance);

@@ -94,7 +94,9 @@ void* multiplyNdArrays(void* lhs, void* rhs) {
   copyElementTypeAnswer(getObject(result.get()), instanceOf(lhs));  // they have one type name
   describeProduct(result.get(), {shape.rows, shape.columns});
   const NdArrayDoubleBufferView out = ensureNdArrayDoubleBuffer(result.get(), false, false);
-  if (out.data == nullptr) return raiseNull(kTypeError, "cannot initialize native NDArray<Double> result");
+  if (out.data == nullptr || out.count != shape.rows * shape.columns) {
+    return raiseNull(kTypeError, "cannot initialize native NDArray<Double> result");
+  }
   multiplyMatrices(out.data, lhsView.data, rhsView.data, shape);
   cacheSequentialSum(result.get(), out);
   return result.get();

@@ -73,8 +73,8 @@ inline auto visitElementKind(unsigned char code, Visit&& visit, Otherwise&& othe
   }
 }
 
-// Calls `loop(stride)` with the distance of neighbouring elements, as a constant where they touch: they nearly always
-// do, and compilers make vector code of it.
+// Calls `loop(stride)` with the distance in bytes of neighbouring elements, as a constant where they touch: they nearly
+// always do, and compilers make vector code of it.
 template <class Kind, class Loop>
 inline void withElementStride(Kind, unsigned long elementSize, Loop&& loop) {
   if (elementSize == Kind::kWidth) {
