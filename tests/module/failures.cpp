@@ -52,9 +52,14 @@ bool put(long long end, Value& argument, char parameter, const std::string& plac
   return Vesk_setField_i64(array, place.c_str(), end), true;
 }
 
-// With a collection at every allocation a part of the scenarios has to do.
+// With a collection at every allocation a part of the scenarios has to do, with a sanitizer too a smaller one.
+#ifdef __SANITIZE_ADDRESS__
+constexpr long kOneOf = 10;
+#else
+constexpr long kOneOf = 5;
+#endif
 bool isTaken(const Scenario& scenario) {
-  return scenario.inSweeps && (!host::stressMode() || (&scenario - catalogue().data()) % 5 == 0);
+  return scenario.inSweeps && (!host::stressMode() || (&scenario - catalogue().data()) % kOneOf == 0);
 }
 
 }  // namespace
