@@ -11,29 +11,57 @@ namespace {
 
 constexpr std::size_t kMostLists = 32;
 
+// While it exists, every list is hidden that is asked for.
 struct Hiding {
-  host::Handle memory{Vesk_gcAlloc(kMostLists * sizeof(ListData))};  // scanned: what is hidden stays alive
   struct Place {
     ListData* list;
     host::Handle owner;
-    bool isHidden;
+    pthread_mutex_t own = PTHREAD_ERRORCHECK_MUTEX_INITIALIZER_NP;  // for a list without one
+    bool isHidden = false;
   };
-  std::vector<Place> places;
+  host::Handle memory{Vesk_gcAlloc(kMostLists * sizeof(ListData))};  // scanned: what is hidden stays alive
+  std::deque<Place> places;
 
-  Hiding() { std::memset(memory.get(), 0, kMostLists * sizeof(ListData)); }
+  Hiding();
+  ~Hiding();
+  void add(void* object, ListData* list) {
+    Place& place = places.emplace_back(Place{list, host::Handle(object)});
+    if (list->mutex == nullptr) list->mutex = &place.own;
+    list->needsLock = 1;
+    exchange(places.size() - 1);
+  }
   void exchange(std::size_t i) {
-    auto* here = reinterpret_cast<unsigned char*>(places.at(i).list);
+    EXPECT_LT(i, kMostLists);
+    auto* here = reinterpret_cast<unsigned char*>(places[i].list);
     auto* elsewhere = static_cast<unsigned char*>(memory.get()) + i * sizeof(ListData);
     constexpr std::size_t kFirst = offsetof(ListData, primitiveKind);
     std::swap_ranges(here + kFirst, here + offsetof(ListData, mutex), elsewhere + kFirst);
     places[i].isHidden = !places[i].isHidden;
   }
 };
-Hiding* gHiding = nullptr;  // null out of the calls that are watched
+Hiding* gHiding = nullptr;
+
+Hiding::Hiding() {
+  std::memset(memory.get(), 0, kMostLists * sizeof(ListData));
+  gHiding = this;
+}
+Hiding::~Hiding() {
+  gHiding = nullptr;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    EXPECT_TRUE(places[i].isHidden) << "its lock is still held";
+    if (places[i].isHidden) exchange(i);
+    if (places[i].list->mutex == &places[i].own) places[i].list->needsLock = 0, places[i].list->mutex = nullptr;
+  }
+}
 
 void hide(const pthread_mutex_t* mutex, bool hidden) {
   for (std::size_t i = 0; gHiding != nullptr && i < gHiding->places.size(); ++i)
     if (gHiding->places[i].list->mutex == mutex && gHiding->places[i].isHidden != hidden) gHiding->exchange(i);
+}
+
+int shown(const pthread_mutex_t* mutex, int error) {
+  if (error == 0) hide(mutex, false);
+  return error;
 }
 
 template <class Function>
@@ -46,15 +74,11 @@ Function* nextNamed(const char* name, Function*) {
 // These stand before the operations of the same names.
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   static const auto lock = nextNamed("pthread_mutex_lock", pthread_mutex_lock);
-  const int error = lock(mutex);
-  if (error == 0) hide(mutex, false);
-  return error;
+  return shown(mutex, lock(mutex));
 }
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
   static const auto lock = nextNamed("pthread_mutex_trylock", pthread_mutex_trylock);
-  const int error = lock(mutex);
-  if (error == 0) hide(mutex, false);
-  return error;
+  return shown(mutex, lock(mutex));
 }
 extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   static const auto unlock = nextNamed("pthread_mutex_unlock", pthread_mutex_unlock);
@@ -64,12 +88,9 @@ extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
 ListData* getListData(void* object) {
   static const auto get = nextNamed("_Z11getListDataPv", getListData);
   ListData* list = get(object);
-  if (gHiding == nullptr) return list;
-  for (const Hiding::Place& place : gHiding->places)
-    if (place.list == list) return list;
-  if (list->mutex == nullptr) host::giveListLock(object);
-  gHiding->places.push_back({list, host::Handle(object), false});
-  gHiding->exchange(gHiding->places.size() - 1);
+  const auto isIt = [=](const Hiding::Place& place) { return place.list == list; };
+  if (gHiding != nullptr && std::none_of(gHiding->places.begin(), gHiding->places.end(), isIt))
+    gHiding->add(object, list);
   return list;
 }
 
@@ -78,15 +99,7 @@ TEST(Locks, areHeldWheneverElementsAreReadOrWritten) {
     if (scenario.native->operation->name.rfind("sumNdArrayAs", 0) == 0) continue;  // the host reads these lists itself
     Operation watched = *scenario.native->operation;
     watched.call = [&](void* entry, const Values& arguments) {
-      Hiding hiding;
-      struct Watch {
-        explicit Watch(Hiding& made) { gHiding = &made; }
-        ~Watch() {
-          for (std::size_t i = 0; i < gHiding->places.size(); ++i)
-            if (gHiding->places[i].isHidden) gHiding->exchange(i);
-          gHiding = nullptr;
-        }
-      } const watch(hiding);
+      const Hiding hiding;
       return scenario.native->operation->call(entry, arguments);
     };
     const Native native{scenario.native->name, &watched, scenario.native->entry};
