@@ -57,7 +57,8 @@ TEST(Threads, workOnArraysOfTheirOwn) {
   onThreads([](unsigned long i) { EXPECT_EQ(runProgram(randomBytes(1000 + i, 3000), false), ""); });
 }
 
-// Operands are packed lists when the race begins; a thread adds them in either order.
+// Operands are packed lists, and nothing is known of their types, when the race begins; a thread adds them in either
+// order.
 TEST(Threads, shareListsAndReadyBuffers) {
   const std::string ints = "Int packed 1..40 lock";
   const std::string floats = "Float packed 0..1/40 lock";
@@ -67,11 +68,7 @@ TEST(Threads, shareListsAndReadyBuffers) {
                         {"abs", ints, "null"},           {"sqrt", floats, "null"},        {"pow", ints, ints},
                         {"sum", ready, "null"},          {"exp", ready, "null"},          {"hypot", ready, floats}};
   std::map<std::string, Value> shared{{"null", {}}};
-  for (const std::string& form : {ints, floats, ready}) {
-    shared[form].object = makeObject(form);
-    getObject(shared[form].object)->doubleTypeChecked = 1;  // what a first call would note
-    getObject(shared[form].object)->isDoubleElementArray = form == ready;
-  }
+  for (const std::string& form : {ints, floats, ready}) shared[form].object = makeObject(form);
   const auto run = [](const Case& one, const Value& first, const Value& second) {
     return called(nativeOf(one[0], theModule()), {first, second});
   };
