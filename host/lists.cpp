@@ -166,6 +166,7 @@ void* vesk_collections_ArrayList_newPrimitiveData(long long count, const char* e
       count < 0 ? nullptr : host::makeFilledList(thread, type.elementKind, static_cast<unsigned long>(count));
   *outList = record;
   if (record == nullptr) return nullptr;
+  host::mayCollect();  // from here on the list lives in the caller's slot
   const bool isPrimitive = type.elementKind != kObjectListKind;
   if (isPrimitive) {
     record->list.elementTypeName = RuntimeTypeName(&host::internType(kElementKindNames[type.elementKind]).name);

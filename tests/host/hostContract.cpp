@@ -50,10 +50,10 @@ struct Operation {
   Fails fails;
   void* (*call)(void* array);
 };
-void* primitiveList(void*) {
-  void* list = &list;
-  void* data = vesk_collections_ArrayList_newPrimitiveData(100, "Int", &list);
-  return (data == nullptr) == (list == nullptr) ? data : nullptr;
+void* primitiveList(void* array) {
+  RootSlot list(array);
+  void* data = vesk_collections_ArrayList_newPrimitiveData(100, "Int", list.address());
+  return (data == nullptr) == (list.get() == nullptr) ? data : nullptr;
 }
 const Operation kOperations[] = {
     {Fails::WithBadAlloc, [](void*) { return Vesk_allocObject("ArrayList"); }},
@@ -84,7 +84,7 @@ TEST(Host, everyAllocatingOperationFailsWhenToldAndCollectsUnderStress) {
     host::setStressMode(true);
     const unsigned long before = host::heapCounts().collections;
     EXPECT_NE(operation.call(array), nullptr);
-    EXPECT_EQ(host::heapCounts().collections, before + 1);
+    EXPECT_GT(host::heapCounts().collections, before);
     host::setStressMode(stress);
   }
 }

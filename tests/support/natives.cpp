@@ -117,6 +117,11 @@ unsigned expect(Expectation& made, const Native& native, unsigned declined) {
   return model.requests;
 }
 
+// A number is read before it is boxed: an array that nobody else keeps may then be gone, and looks like no object.
+bool hasDied(const Value& argument) {
+  return argument.node != nullptr && !argument.node->type.empty() && !hasObjectMagic(argument.object);
+}
+
 std::string differenceBetween(const Expectation& expected, const Outcome& actual) {
   if (expected.outcome.raised != actual.raised)
     return "expected \"" + expected.outcome.raised + "\", the native did \"" + actual.raised + "\"";
@@ -132,7 +137,7 @@ std::string differenceBetween(const Expectation& expected, const Outcome& actual
   }
   comparison.compare("result", wanted, result);
   for (const Value& argument : expected.arguments)
-    comparison.compare("argument", argument.node, after.see(argument.object));
+    if (!hasDied(argument)) comparison.compare("argument", argument.node, after.see(argument.object));
   const double real = expected.outcome.result.real;
   return sameDouble(real, actual.result.real) ? comparison.difference() : "expected " + std::to_string(real);
 }
