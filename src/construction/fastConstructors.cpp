@@ -202,8 +202,9 @@ void initNdArray1D(void* array, long long length, int zeroFill) {
   const RootSlot root(array);
   if (ndArrayUsesNativeDoubleBuffer(array)) return initDoubles1D(array, length, zeroFill != 0);
   describeInFields(array, describe1D(length, nullptr));
-  const RootSlot data(zeroFill != 0 ? makeZeroList(array, static_cast<unsigned long>(length))
-                                    : makeRuntimeArrayListOfItems(nullptr, 0));
+  void* list =
+      zeroFill != 0 ? makeZeroList(array, static_cast<unsigned long>(length)) : makeRuntimeArrayListOfItems(nullptr, 0);
+  const RootSlot data(list);
   Vesk_setField_ptr(array, "_data", data.get());
 }
 

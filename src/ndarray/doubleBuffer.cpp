@@ -71,11 +71,11 @@ double fillFromPacked(double* values, const SmallPrimitiveBuffer& elements, unsi
 }
 
 // Fills from the data list, the rest with zeros. False, with nothing changed, when there is no list or no numbers in
-// it.
+// it. Nothing here allocates, so the list needs no slot.
 bool fillFromDataList(void* object, NdArrayDoubleStorage& storage, double* values) {
-  const RootSlot data(Vesk_getField_ptr(object, "_data"));
-  if (data.get() == nullptr) return false;
-  ListData& list = *getListData(data.get());
+  void* data = Vesk_getField_ptr(object, "_data");
+  if (data == nullptr) return false;
+  ListData& list = *getListData(data);
   const ListDataLock lock(list);
   const unsigned long length = listLogicalSize(list);
   if (length == 0) return false;

@@ -207,7 +207,6 @@ void setNdArrayFlat(void* array, long long index, void* value) {
   ObjectInstance* instance = instanceOf(array);
   NdArrayDoubleBufferView view = settledNdArrayDoubleBuffer(instance);
   if (view.data == nullptr) {
-    const RootSlot arraySlot(array);
     const RootSlot valueSlot(value);
     view = ensureNdArrayDoubleBuffer(array, instance, true, true);
   }

@@ -189,8 +189,7 @@ void sharedNdArrayShapeMetadata(const std::vector<unsigned long>& dims, void*& s
     strides = pair.stridesList;
   } else {
     const RootSlot shapeSlot(makeRuntimeUIntArrayList(dims));
-    const RootSlot stridesSlot(makeRuntimeUIntArrayList(rowMajorStridesForShape(dims)));
+    strides = makeRuntimeUIntArrayList(rowMajorStridesForShape(dims));
     shape = shapeSlot.get();
-    strides = stridesSlot.get();
   }
 }

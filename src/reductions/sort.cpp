@@ -10,7 +10,6 @@
 #include "runtime/listDataLock.h"
 #include "runtime/listStorage.h"
 #include "runtime/raise.h"
-#include "runtime/rootSlot.h"
 
 namespace {
 
@@ -107,10 +106,11 @@ void sortItems(SmallObjectVector& items) {
   itemsHaveFloatingKeys(items) ? sortItemsBy(items, floatingKey) : sortItemsBy(items, integerKey);
 }
 
+// Nothing here allocates, so neither the array nor its list needs a slot.
 void sortDataList(void* array) {
-  const RootSlot data(Vesk_getField_ptr(array, "_data"));
-  if (data.get() == nullptr) return;
-  ListData& list = *getListData(data.get());
+  void* data = Vesk_getField_ptr(array, "_data");
+  if (data == nullptr) return;
+  ListData& list = *getListData(data);
   const ListDataLock lock(list);
   visitElementKind(
       list.primitiveKind, [&](auto kind) { sortPacked<decltype(kind)>(list.primitives); },

@@ -1,5 +1,5 @@
-// Whoever reads a list outside its lock finds nothing there: during a native call every list that the module looks at,
-// or makes, has a lock, and while that is free its elements are elsewhere.
+// What natives may expect of lists that other threads use too: nothing outside the lock, and inside it no more than
+// what they keep alive themselves.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::size_t kMostLists = 32;
 
-// While it exists, every list is hidden that is asked for.
+// While it exists, every list that the module looks at, or makes, has a lock; while that is free its elements are
+// elsewhere.
 struct Hiding {
   struct Place {
     ListData* list;
@@ -59,8 +60,24 @@ void hide(const pthread_mutex_t* mutex, bool hidden) {
     if (gHiding->places[i].list->mutex == mutex && gHiding->places[i].isHidden != hidden) gHiding->exchange(i);
 }
 
-int shown(const pthread_mutex_t* mutex, int error) {
-  if (error == 0) hide(mutex, false);
+// Arrays whose data list goes, as another thread may replace it, when its lock is taken.
+const Values* gRobbed = nullptr;
+
+void* dataListOf(const Value& argument) {
+  void* object = argument.object;
+  return object != nullptr && hasObjectMagic(object) ? Vesk_getField_ptr(object, "_data") : nullptr;
+}
+
+void rob(const pthread_mutex_t* mutex) {
+  const Values* arguments = std::exchange(gRobbed, nullptr);  // the host takes locks too
+  for (std::size_t i = 0; arguments != nullptr && i < arguments->size(); ++i)
+    if (void* list = dataListOf((*arguments)[i]); list != nullptr && getListData(list)->mutex == mutex)
+      Vesk_setField_ptr((*arguments)[i].object, "_data", nullptr);
+  gRobbed = arguments;
+}
+
+int taken(pthread_mutex_t* mutex, int error) {
+  if (error == 0) hide(mutex, false), rob(mutex);
   return error;
 }
 
@@ -74,11 +91,11 @@ Function* nextNamed(const char* name, Function*) {
 // These stand before the operations of the same names.
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   static const auto lock = nextNamed("pthread_mutex_lock", pthread_mutex_lock);
-  return shown(mutex, lock(mutex));
+  return taken(mutex, lock(mutex));
 }
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
   static const auto lock = nextNamed("pthread_mutex_trylock", pthread_mutex_trylock);
-  return shown(mutex, lock(mutex));
+  return taken(mutex, lock(mutex));
 }
 extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   static const auto unlock = nextNamed("pthread_mutex_unlock", pthread_mutex_unlock);
@@ -104,6 +121,29 @@ TEST(Locks, areHeldWheneverElementsAreReadOrWritten) {
     };
     const Native native{scenario.native->name, &watched, scenario.native->entry};
     EXPECT_EQ(checkCall(native, makeArguments(scenario)), "") << scenario.text();
+    releaseKept();
+  }
+}
+
+TEST(Locks, keepTheListAliveThatAnotherThreadReplaces) {
+  for (const Scenario& scenario : catalogue()) {
+    const std::vector<std::string>& forms = scenario.arguments;
+    if (scenario.native->operation->parameters[0] != 'o' || forms.back() == "sharesData") continue;
+    const auto outcome = [&](bool robbed) {
+      const Values arguments = makeArguments(scenario);
+      releaseKept();
+      for (const Value& argument : arguments) keep(argument.object);
+      for (const Value& argument : arguments)
+        if (void* list = dataListOf(argument)) host::giveListLock(list);
+      gRobbed = robbed ? &arguments : nullptr;
+      const Outcome made = callNative(*scenario.native, arguments);
+      gRobbed = nullptr;
+      World world;
+      const auto isResult = [&](const Value& argument) { return argument.object == made.result.object; };
+      const bool isNew = std::none_of(arguments.begin(), arguments.end(), isResult);
+      return made.raised + " " + (isNew ? contentOf(world.see(made.result.object)) : "");
+    };
+    EXPECT_TRUE(outcome(true) == outcome(false)) << scenario.text();
     releaseKept();
   }
 }

@@ -95,11 +95,24 @@ TEST(Failures, integersAtTheEndsOfTheirRange) {
 
 TEST(Failures, aListThatCouldNotBeBoxedIsReadAsPacked) {
   const Values arguments{{.object = makeObject("Float packed 1,2,3")}};
-  const auto native = [](const std::string& operation) {
-    const auto named = [&](const Native& candidate) { return candidate.operation->name == operation; };
-    return *std::find_if(natives().begin(), natives().end(), named);
-  };
   Fault third{Fault::Of::Host, 3};
-  EXPECT_EQ(checkCall(native("abs"), arguments, &third), "");
-  EXPECT_EQ(checkCall(native("sumNdArray"), arguments), "");
+  EXPECT_EQ(checkCall(nativeOf("abs"), arguments, &third), "");
+  EXPECT_EQ(checkCall(nativeOf("sumNdArray"), arguments), "");
+}
+
+// An array for whose values there never was room has the list that all empty arrays share, and needs one of its own
+// once something is written into it.
+TEST(Failures, theListThatAllEmptyArraysShareIsNotWritten) {
+  for (const char* writer : {"setNdArrayFlat", "fillNdArrayRandom"}) {
+    Values made;
+    Outcome outcome;
+    for (Fault fault; outcome.raised.rfind("TypeError", 0) != 0 && fault.nth < 100; ++fault.nth) {
+      made = {{.object = makeObject("Double none")}, {.object = makeObject("list Int packed 5")}, {}};
+      EXPECT_EQ(checkCall(nativeOf("initNdArrayFilled"), made, &fault, &outcome), "");
+    }
+    ASSERT_EQ(outcome.raised.rfind("TypeError", 0), 0U);
+    Fault noRoom;
+    EXPECT_EQ(checkCallAlone(nativeOf(writer), {made[0], {.integer = 3}, {}}, &noRoom), "") << writer;
+    EXPECT_TRUE(noRoom.happened);
+  }
 }

@@ -24,12 +24,6 @@ void onThreads(Run run) {
   for (std::thread& thread : threads) thread.join();
 }
 
-Native nativeOf(const std::string& name, const host::Module& module) {
-  for (const Native& native : natives())
-    if (native.name == "vesk_math_NDArray_" + name) return {native.name, native.operation, module.symbol(native.name)};
-  throw std::runtime_error(name);
-}
-
 // What a call gives: the elements of an array, or a double.
 std::vector<double> called(const Native& native, const Values& arguments) {
   const Outcome outcome = callNative(native, arguments);
@@ -64,13 +58,13 @@ TEST(Threads, shareListsAndReadyBuffers) {
   const std::string floats = "Float packed 0..1/40 lock";
   const std::string ready = "Double buffer 1..40 meta sum=820";
   using Case = std::array<std::string, 3>;
-  const Case cases[] = {{"operator_plus", ints, floats}, {"operator_plus", floats, ints}, {"pow", floats, ints},
-                        {"abs", ints, "null"},           {"sqrt", floats, "null"},        {"pow", ints, ints},
-                        {"sum", ready, "null"},          {"exp", ready, "null"},          {"hypot", ready, floats}};
+  const Case cases[] = {{"add", ints, floats},         {"add", floats, ints},    {"pow", floats, ints},
+                        {"abs", ints, "null"},         {"sqrt", floats, "null"}, {"pow", ints, ints},
+                        {"sumNdArray", ready, "null"}, {"exp", ready, "null"},   {"hypot", ready, floats}};
   std::map<std::string, Value> shared{{"null", {}}};
   for (const std::string& form : {ints, floats, ready}) shared[form].object = makeObject(form);
   const auto run = [](const Case& one, const Value& first, const Value& second) {
-    return called(nativeOf(one[0], theModule()), {first, second});
+    return called(nativeOf(one[0]), {first, second});
   };
   std::map<Case, std::vector<double>> expected;
   for (const Case& one : cases)
@@ -85,8 +79,8 @@ TEST(Threads, shareListsAndReadyBuffers) {
 
 TEST(Threads, meetAtTheFirstUse) {
   const host::Module fresh = freshModule();
-  const Native fill = nativeOf("initFilledFastNative", fresh);
-  const Native sum = nativeOf("sum", fresh);
+  const Native fill = nativeOf("initNdArrayFilled", fresh);
+  const Native sum = nativeOf("sumNdArray", fresh);
   for (const char* extents : {"300,7", "7", "301"}) {
     void* list = makeObject(std::string("list UInt packed ") + extents);
     std::atomic<unsigned long> ready{0};
@@ -111,7 +105,7 @@ TEST(Threads, goOnWhileTheProcessExits) {
   };
   const auto exitBusy = [] {
     std::atexit([] { waitForCalls(); });  // runs when the module's destructors have run
-    static const Native fill = nativeOf("initFilledFastNative", freshModule());
+    static const Native fill = nativeOf("initNdArrayFilled", freshModule());
     for (unsigned long i = 0; i < kThreads; ++i)
       std::thread([i] {
         host::attachThread();

@@ -29,6 +29,14 @@ TEST(SharedShapes, areSharedAsFarAsTwoExtentsFitIntoAKey) {
   }
 }
 
+TEST(SharedShapes, listsOfItemsHoldThemInOrder) {
+  std::vector<void*> boxes;
+  for (int i = 0; i < 40; ++i) boxes.push_back(box("Int", i));
+  const std::vector<void*, VeskGcAllocator<void*>> items(boxes.begin(), boxes.end());  // nobody keeps its buffer
+  const SmallObjectVector& made = getListData(keep(makeRuntimeArrayListWithItems(items)))->objects;
+  EXPECT_EQ(std::vector<void*>(made.data, made.data + made.size), boxes);
+}
+
 // Whether a few pairs more than the bound leave just the bound, and one of the thread's own. Ends the process.
 [[noreturn]] void judgeTheBound() {
   host::setStressMode(false);

@@ -28,6 +28,12 @@ const std::vector<Native>& natives() {
   return all;
 }
 
+Native nativeOf(const std::string& operation, const host::Module& module) {
+  const auto isIt = [&](const Native& native) { return native.operation->name == operation; };
+  const Native& native = *std::find_if(natives().begin(), natives().end(), isIt);
+  return {native.name, native.operation, module.symbol(native.name)};
+}
+
 namespace {
 
 constexpr unsigned long kSeed = 20240229;
@@ -172,4 +178,13 @@ std::string checkCall(const Native& native, const Values& arguments, Fault* faul
   if (actual.raised == "std::bad_alloc") return writes || keptTheirValues(before.arguments) ? "" : "arguments changed";
   const auto agrees = [&](const Expectation& one) { return differenceBetween(one, actual).empty(); };
   return std::any_of(expected.begin(), expected.end(), agrees) ? "" : difference;
+}
+
+std::string checkCallAlone(const Native& native, const Values& arguments, Fault* fault) {
+  Operation alone = *native.operation;
+  alone.call = [&](void* entry, const Values& given) {
+    releaseKept();
+    return native.operation->call(entry, given);
+  };
+  return checkCall({native.name, &alone, native.entry}, arguments, fault);
 }

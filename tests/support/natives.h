@@ -11,6 +11,8 @@ struct Native {
 // Every native of the loaded module, after the list of exported names.
 const std::vector<Native>& natives();
 const host::Module& theModule();
+// The first native of the operation, in this or another copy of the module.
+Native nativeOf(const std::string& operation, const host::Module& module = theModule());
 
 struct Outcome {
   Value result;
@@ -34,3 +36,5 @@ Outcome callNative(const Native& native, const Values& arguments, Fault* fault =
 // std::bad_alloc is fine too if the arguments kept their values. What the native returned is kept.
 std::string checkCall(const Native& native, const Values& arguments, Fault* fault = nullptr,
                       Outcome* outcome = nullptr);
+// The same while nobody but the native keeps its arguments alive: its caller may have them in registers only.
+std::string checkCallAlone(const Native& native, const Values& arguments, Fault* fault = nullptr);
