@@ -6,13 +6,18 @@
 #include <new>
 
 #include "host/allocation.h"
+#include "host/systemMemory.h"
 #include "runtime/elementKinds.h"
 
 namespace host {
 
 namespace {
 
-ListRecord* gLockedLists = nullptr;  // those with a mutex, guarded by the heap lock
+// Those with a mutex, guarded by the heap lock: links from record to record would keep them all alive.
+SystemVector<ListRecord*>& lockedLists() {
+  static auto& lists = *new (mapTableOrStop(sizeof(SystemVector<ListRecord*>))) SystemVector<ListRecord*>;
+  return lists;
+}
 
 void makeErrorCheckingMutex(pthread_mutex_t& mutex) {
   pthread_mutexattr_t attributes;
@@ -98,14 +103,15 @@ void initializeList(ListRecord& record) {
   list.objects.capacity = SmallObjectVector::kInlineSlots;
   list.mutex = nullptr;
   list.legacyIntegerCount = list.legacyDoubleCount = 0;
-  record.nextLocked = nullptr;
-  record.lockedLink = nullptr;
+  record.lockedPlace = 0;
 }
 
 void releaseList(ListRecord& record) {
-  if (record.lockedLink == nullptr) return;
-  *record.lockedLink = record.nextLocked;
-  if (record.nextLocked != nullptr) record.nextLocked->lockedLink = record.lockedLink;
+  if (record.lockedPlace == 0) return;
+  SystemVector<ListRecord*>& lists = lockedLists();
+  lists[record.lockedPlace - 1] = lists.back();
+  lists.back()->lockedPlace = record.lockedPlace;
+  lists.pop_back();
   if (isHeld(record.mutex)) return noteMisuse(gThread, "a list was found dead while its lock was held");
   pthread_mutex_destroy(&record.mutex);
 }
@@ -113,7 +119,7 @@ void releaseList(ListRecord& record) {
 unsigned long listLocksHeldByThisThread() {
   const HeapLock lock;
   unsigned long held = 0;
-  for (ListRecord* record = gLockedLists; record != nullptr; record = record->nextLocked) {
+  for (ListRecord* record : lockedLists()) {
     if (isHeldByThisThread(record->mutex)) ++held;
   }
   return held;
@@ -122,12 +128,10 @@ unsigned long listLocksHeldByThisThread() {
 void giveListLock(void* list) {
   ListRecord& record = listRecord(list, "giveListLock");
   const HeapLock lock;
-  if (record.lockedLink == nullptr) {
+  if (record.lockedPlace == 0) {
     makeErrorCheckingMutex(record.mutex);
-    record.nextLocked = gLockedLists;
-    record.lockedLink = &gLockedLists;
-    if (gLockedLists != nullptr) gLockedLists->lockedLink = &record.nextLocked;
-    gLockedLists = &record;
+    lockedLists().push_back(&record);
+    record.lockedPlace = lockedLists().size();
   }
   record.list.mutex = &record.mutex;
   record.list.needsLock = 1;
@@ -135,7 +139,7 @@ void giveListLock(void* list) {
 
 bool listLockHeld(void* list) {
   ListRecord& record = listRecord(list, "listLockHeld");
-  return record.lockedLink != nullptr && isHeld(record.mutex);
+  return record.lockedPlace != 0 && isHeld(record.mutex);
 }
 
 void* newObjectList() { return &makeObject(gThread, internType("ArrayList")); }

@@ -22,9 +22,8 @@ struct BoxRecord {
 struct ListRecord {
   ObjectInstance object;
   ListData list;
-  ListRecord* nextLocked;  // the lists that have a mutex form one list; null links in all others
-  ListRecord** lockedLink;
-  pthread_mutex_t mutex;  // in force when list.mutex refers to it
+  unsigned long lockedPlace;  // in the table of lists that have a mutex, from 1; 0 in all others
+  pthread_mutex_t mutex;      // in force when list.mutex refers to it
 };
 
 // An object with the array fields. They stand in `fields` from the start; once the instance is given metadata,
@@ -82,7 +81,7 @@ ListRecord* makeListRecord(ThreadState& thread);
 void releaseOwned(ObjectInstance& object);
 inline void releaseObject(char* record) {
   auto& object = *reinterpret_cast<ObjectInstance*>(record);
-  const bool hasMutex = classOf(object) == ClassKind::List && recordAs<ListRecord>(object).lockedLink != nullptr;
+  const bool hasMutex = classOf(object) == ClassKind::List && recordAs<ListRecord>(object).lockedPlace != 0;
   if (hasMutex || object.finalizerRegistered != 0) releaseOwned(object);
 }
 // Whether a live object's record can be one.

@@ -84,10 +84,10 @@ void* sumIntegerElements(const ListData& list) {
 
 // Boxes and raises under the list's lock; the slot keeps the list's mutex alive until it is released.
 void* sumDataList(void* array) {
-  RootSlot data(Vesk_getField_ptr(array, "_data"));
+  const RootSlot data(Vesk_getField_ptr(array, "_data"));
   if (data.get() == nullptr) return raiseNull(kValueException, kEmpty);
   ListData& list = *getListData(data.get());
-  ListDataLock lock(list);
+  const ListDataLock lock(list);
   if (isIntegralElementKind(list.primitiveKind)) return sumIntegerElements(list);
   // Packed Float and Double elements count as none, also when a failed materialization left some items behind.
   return list.primitiveKind == kObjectListKind ? sumItems(list.objects) : raiseNull(kValueException, kEmpty);

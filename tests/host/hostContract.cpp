@@ -28,6 +28,10 @@ TEST(Host, keepsWhatSlotsAndHandlesReachThroughScannedBlocks) {
   EXPECT_TRUE(hasObjectMagic(kept) && hasObjectMagic(lost) && !hasObjectMagic(items[1]) && !hasObjectMagic(items));
   host::collect();
   EXPECT_TRUE(hasObjectMagic(kept) && !hasObjectMagic(lost));
+  void* locked[] = {keep(host::newObjectList()), host::newObjectList()};
+  for (void* list : locked) host::giveListLock(list);
+  host::collect();
+  EXPECT_TRUE(hasObjectMagic(locked[0]) && !hasObjectMagic(locked[1]));
 }
 
 TEST(Host, showsEveryUseOfFreedMemory) {
