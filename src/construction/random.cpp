@@ -133,9 +133,8 @@ void fillNdArrayRandom(void* array) {
     return;
   }
   const RootSlot arraySlot(array);
-  const RootSlot data(writableNdArrayDataList(array));
-  if (data.get() == nullptr) return;
-  fillRandomList(data.get(), Vesk_getField_i64(array, "_size"));
+  void* list = writableNdArrayDataList(array);
+  if (list != nullptr) fillRandomList(list, Vesk_getField_i64(array, "_size"));
 }
 
 void fillRandomList(void* list, long long count) {
