@@ -1,5 +1,5 @@
 // Runs the tests of a program with the checks that hold for each of them. Options: --stress collects before every
-// allocation; --require-avx2=yes|no insists on what the processor can do, for runs on other processor models.
+// allocation; --require-simd=none|avx|avx2 insists on what the processor can do, for runs on other processor models.
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -23,9 +23,10 @@ class BalanceListener : public testing::EmptyTestEventListener {
 };
 
 bool processorIsAsRequired(const char* wanted) {
-  const char* found = __builtin_cpu_supports("avx2") != 0 ? "yes" : "no";
+  const bool avx2 = __builtin_cpu_supports("avx2") != 0, avx = __builtin_cpu_supports("avx") != 0;
+  const char* found = avx2 ? "avx2" : avx ? "avx" : "none";
   if (std::strcmp(wanted, found) == 0) return true;
-  std::fprintf(stderr, "AVX2: wanted %s, found %s\n", wanted, found);
+  std::fprintf(stderr, "processor: wanted %s, found %s\n", wanted, found);
   return false;
 }
 
@@ -35,7 +36,7 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const host::AttachedThread attached;
   for (int i = 1; i < argc; ++i) {
-    constexpr const char* kRequire = "--require-avx2=";
+    constexpr const char* kRequire = "--require-simd=";
     if (std::strcmp(argv[i], "--stress") == 0) host::setStressMode(true);
     if (std::strncmp(argv[i], kRequire, std::strlen(kRequire)) == 0 &&
         !processorIsAsRequired(argv[i] + std::strlen(kRequire)))

@@ -61,7 +61,7 @@ void hide(const pthread_mutex_t* mutex, bool hidden) {
 }
 
 // Arrays whose data list goes, as another thread may replace it, when its lock is taken.
-const Values* gRobbed = nullptr;
+thread_local const Values* gRobbed = nullptr;
 
 void* dataListOf(const Value& argument) {
   void* object = argument.object;

@@ -33,13 +33,9 @@ std::vector<long long> ends() {
   return values;
 }
 
-void expectCleanOutcome(const Native& native, const Values& arguments, const std::string& what) {
-  const std::string raised = callNative(native, arguments).raised;
-  const bool isStated = raised.empty() || raised.find("Exception: ") != raised.npos ||
-                        raised.find("Error: ") != raised.npos || raised == "std::bad_alloc" ||
-                        raised == "std::logic_error";
-  EXPECT_TRUE(isStated && raised.find(" and ") == raised.npos) << what << ": " << raised;
-  EXPECT_EQ(leftovers(), "") << what;
+// What there is no memory for is only tried, not expected: the model has no limit.
+bool isTooMuch(const std::string& raised) {
+  return raised == "std::bad_alloc" || raised == "std::length_error" || raised.rfind("OutOfMemoryError: ", 0) == 0;
 }
 
 // Makes it the argument, or what the array says of itself; false when there is no such place.
@@ -54,14 +50,21 @@ bool put(long long end, Value& argument, char parameter, const std::string& plac
   return Vesk_setField_i64(array, place.c_str(), end), true;
 }
 
-// With a collection at every allocation a part of the scenarios has to do, with a sanitizer too a smaller one.
-#ifdef __SANITIZE_ADDRESS__
+// Plain, one build takes all scenarios; in the others one operation of each family has to do, and a part of those with
+// a collection at every allocation.
+#if defined(__SANITIZE_ADDRESS__)
 constexpr long kOneOf = 10;
 #else
 constexpr long kOneOf = 5;
 #endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__clang__)
+constexpr bool kTakesAll = false;
+#else
+constexpr bool kTakesAll = true;
+#endif
 bool isTaken(const Scenario& scenario) {
-  return scenario.inSweeps && (!host::stressMode() || (&scenario - catalogue().data()) % kOneOf == 0);
+  if (!host::stressMode()) return kTakesAll || scenario.inSweeps;
+  return scenario.inSweeps && (&scenario - catalogue().data()) % kOneOf == 0;
 }
 
 }  // namespace
@@ -79,18 +82,27 @@ TEST(Failures, leaveNothingBehindAndTheCallCanBeRepeated) {
 
 TEST(Failures, integersAtTheEndsOfTheirRange) {
   host::setHeapLimit(256UL << 20);
+  unsigned long calls = 0;
   for (const Scenario& scenario : catalogue())
-    for (std::size_t i = 0; isTaken(scenario) && i < scenario.arguments.size(); ++i)
+    for (std::size_t i = 0; scenario.inSweeps && isTaken(scenario) && i < scenario.arguments.size(); ++i)
       for (const std::string place : {"argument", "_size", "_ndim", "_shape"})
         for (const long long end : ends()) {
-          Values arguments = makeArguments(scenario);
-          if (!put(end, arguments[i], scenario.native->operation->parameters[i], place)) break;
-          for (Value& argument : arguments)
-            if (!argument.values.empty()) argument.values.resize(300);
-          expectCleanOutcome(*scenario.native, arguments, scenario.text() + " with " + std::to_string(end));
+          const auto make = [&] {
+            Values arguments = makeArguments(scenario);
+            for (Value& argument : arguments)
+              if (!argument.values.empty()) argument.values.resize(300);
+            return put(end, arguments[i], scenario.native->operation->parameters[i], place) ? arguments : Values{};
+          };
+          const Values arguments = make();
+          if (arguments.empty()) break;
+          const std::string raised = callNative(*scenario.native, arguments).raised;
+          const bool isExpected = calls++ % 4 == 0 && !isTooMuch(raised);  // the model is slow
+          EXPECT_EQ(isExpected ? checkCall(*scenario.native, make()) : leftovers(), "")
+              << scenario.text() << " with " << end << ": " << raised;
           releaseKept();
         }
   host::setHeapLimit(64UL << 30);
+  std::printf("%lu boundary calls\n", calls);
 }
 
 TEST(Failures, aListThatCouldNotBeBoxedIsReadAsPacked) {

@@ -58,9 +58,17 @@ TEST(Threads, shareListsAndReadyBuffers) {
   const std::string floats = "Float packed 0..1/40 lock";
   const std::string ready = "Double buffer 1..40 meta sum=820";
   using Case = std::array<std::string, 3>;
-  const Case cases[] = {{"add", ints, floats},         {"add", floats, ints},    {"pow", floats, ints},
-                        {"abs", ints, "null"},         {"sqrt", floats, "null"}, {"pow", ints, ints},
-                        {"sumNdArray", ready, "null"}, {"exp", ready, "null"},   {"hypot", ready, floats}};
+  const Case cases[] = {{"add", ints, floats},
+                        {"add", floats, ints},
+                        {"pow", floats, ints},
+                        {"abs", ints, "null"},
+                        {"sqrt", floats, "null"},
+                        {"pow", ints, ints},
+                        {"sumNdArray", ready, "null"},
+                        {"exp", ready, "null"},
+                        {"hypot", ready, floats},
+                        {"getNdArrayFlat", ints, "null"},
+                        {"sortNdArray1D", floats, "null"}};
   std::map<std::string, Value> shared{{"null", {}}};
   for (const std::string& form : {ints, floats, ready}) shared[form].object = makeObject(form);
   const auto run = [](const Case& one, const Value& first, const Value& second) {

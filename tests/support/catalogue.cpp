@@ -1,5 +1,6 @@
 #include "support/catalogue.h"
 
+#include <atomic>
 #include <cmath>
 #include <fstream>
 #include <random>
@@ -58,7 +59,8 @@ Words expanded(const std::string& text) {
       std::mt19937_64 random(static_cast<unsigned long>(after));
       for (int i = std::stoi(part.substr(sort.size())); i > 0; --i) values.push_back(written(sample(sort, random)));
     } else {
-      values.push_back(part);
+      static std::atomic<long> last{1000};
+      values.push_back(part == "fresh" ? std::to_string(++last) : part);
     }
   }
   return values;
@@ -106,6 +108,7 @@ void applyFlags(void* array, const Words& words) {
     if (const std::string value = option(words, name); !value.empty())
       Vesk_setField_i64(array, field, std::strtoll(value.c_str(), nullptr, 10));
   if (!option(words, "meta").empty()) addMetadata(array);
+  if (!option(words, "known").empty()) getObject(array)->doubleTypeChecked = getObject(array)->isDoubleElementArray = 1;
   if (!option(words, "stale").empty()) getObject(array)->metadata->prefixValid = 0;
   if (const std::string sum = option(words, "sum="); !sum.empty()) {
     currentNdArrayDoubleStorage(getObject(array))->cachedSum = static_cast<double>(number(sum));

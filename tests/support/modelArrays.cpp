@@ -103,7 +103,8 @@ Ref matmul(Model& m, Ref a, Ref b) {
     if (extent > kMaxCount) raise("ValueException", kTooLarge);
   }
   if (kMaxCount / columns < rows) raise("ValueException", kTooLarge);
-  if (x->count != U(rows) * U(inner) || y->count != U(inner) * U(columns)) raise("ValueException", kMismatch);
+  if (x->count != Number(rows) * Number(inner) || y->count != Number(inner) * Number(columns))
+    raise("ValueException", kMismatch);
   Ref result = m.world.make(Kind::Array, a->type);
   result->ndim = 2;
   result->size = rows * columns;
@@ -165,7 +166,7 @@ void setFlat(Model& m, Ref array, long long index, Ref value) {
   checkIndex(writableData(m, array) != nullptr);
   materialize(m, array->data);
   std::vector<Ref>& items = array->data->items;
-  const long long need = std::max(array->size, index + 1);
+  const long long need = std::max(array->size, (long long)(U(index) + 1));
   if (need > static_cast<long long>(items.size())) items.resize(size_t(need), nullptr);
   checkIndex(within(index, items.size()));
   items[size_t(index)] = value;

@@ -22,8 +22,8 @@ class Program {
   // A scenario of the catalogue, some of its arguments replaced by objects of the same class from earlier calls and by
   // other small integers.
   std::string step() {
-    const Scenario& scenario = catalogue()[(take() << 8 | take()) % catalogue().size()];
-    const unsigned control = take();
+    const unsigned high = take(), low = take(), control = take(), nth = 1 + take() % 32;
+    const Scenario& scenario = catalogue()[(high << 8 | low) % catalogue().size()];
     Values arguments = makeArguments(scenario);
     call_ = scenario.text();
     for (Value& argument : arguments) {
@@ -39,7 +39,7 @@ class Program {
       call_ += argument.object == nullptr ? "" : std::string(" ") + Vesk_objectTypeName(argument.object);
     }
     if (control % 8 == 0) host::collect();
-    Fault fault{(control & 64) != 0 ? Fault::Of::Host : Fault::Of::Native, 1 + control % 8, (control & 32) != 0};
+    Fault fault{(control & 64) != 0 ? Fault::Of::Host : Fault::Of::Native, nth, (control & 32) != 0};
     Outcome outcome;
     const bool fails = withFaults_ && control >= 128;
     const std::string problem = checkCall(*scenario.native, arguments, fails ? &fault : nullptr, &outcome);

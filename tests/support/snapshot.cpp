@@ -133,6 +133,7 @@ Ref World::see(void* object) {
     if (const NdArrayMetadata* meta = instance->metadata; meta != nullptr)
       std::tie(node.dim0, node.dim1, node.prefixValid) = std::tie(meta->dim0, meta->dim1, meta->prefixValid);
     if (const NdArrayDoubleStorage* storage = currentNdArrayDoubleStorage(instance)) node.buffer = seeBuffer(*storage);
+    if (node.buffer && node.buffer->heap && instance->finalizerRegistered == 0) node.type += " that is never finalized";
   } else if (double real = 0; extractArrayElementDouble(object, real)) {
     node.kind = Node::Kind::Box;
     node.type = shortName;
