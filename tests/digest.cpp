@@ -1,5 +1,5 @@
-// Prints one line per operation: its name and a digest of all that its scenarios give and leave behind, to the bit. Two
-// builds of the module, or two processors, compute the same when they print the same.
+// Prints one line per operation whose results are certain: its name and a digest of all that its scenarios give and
+// leave behind, to the bit. Two builds of the module, or two processors, compute the same when they print the same.
 #include "support/catalogue.h"
 
 namespace {

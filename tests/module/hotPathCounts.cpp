@@ -9,7 +9,8 @@ Signature* native(const char* method) {
   return reinterpret_cast<Signature*>(theModule().native("vesk.math", "NDArray", method));
 }
 
-// The counts of one call in a line. `operands` are locked meanwhile, so a call that took a list lock would throw.
+// The counts of one call in a line. The operand's data list is locked meanwhile, so a call that took its lock would
+// throw.
 template <class Call>
 std::string countsOf(void* operand, Call call) {
   ListData& list = dataOf(operand);

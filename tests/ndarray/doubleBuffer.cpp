@@ -4,18 +4,6 @@
 
 namespace {
 
-TEST(DoubleBuffer, followsTheSizeBetweenInlineAndHeapValues) {
-  void* array = makeObject("Double boxes 1..40");
-  const std::vector<double> values = valuesOf(array);
-  const NdArrayDoubleStorage& storage = *ensureNdArrayDoubleStorage(getObject(array));
-  for (const long long size : {40, 20, 21, 33, 32, 0, 40, -5, 34}) {
-    Vesk_setField_i64(array, "_size", size);
-    const NdArrayDoubleBufferView view = ensureNdArrayDoubleBuffer(array, true, true);
-    expectSameDoubles({view.data, view.data + view.count}, {values.begin(), values.begin() + std::max(size, 0LL)});
-    EXPECT_EQ(view.data == storage.inlineValues, size <= 32);
-  }
-}
-
 TEST(DoubleBuffer, neverHandsOutValuesThatWereNotWritten) {
   void* array = arrayOver(boxList("Double", {1, 2}), {2}, kDoubleArray);
   NdArrayDoubleStorage& storage = *ensureNdArrayDoubleStorage(getObject(array));

@@ -10,10 +10,10 @@ TEST(ElementFamilies, takeAnUnknownOperationForTheirFirst) {
   for (const int code : {-1, 20, 1 << 30}) {
     const auto arithmetic = static_cast<NdArrayBinaryArithmeticOp>(code);
     expectSameDoubles(valuesOf(keep(applyNdArrayBinaryArithmetic(boxedInts({4}), boxedInts({5}), arithmetic))), {9});
-    expectRaised("TypeError", "+ expects a NDArray operand",
-                 [&] { applyNdArrayBinaryArithmetic(words, nullptr, arithmetic); });
-    expectRaised("TypeError", "atan2 expects numeric values",
-                 [&] { applyNdArrayBinaryFloat(words, words, static_cast<NdArrayBinaryFloatOp>(code)); });
+    applyNdArrayBinaryArithmetic(words, nullptr, arithmetic);
+    EXPECT_EQ(leftovers(), "pending + expects a NDArray operand");
+    applyNdArrayBinaryFloat(words, words, static_cast<NdArrayBinaryFloatOp>(code));
+    EXPECT_EQ(leftovers(), "pending atan2 expects numeric values");
   }
 }
 

@@ -1,5 +1,5 @@
 // The slow model: what every native does to language values, restated over snapshots with plain vectors and scalar
-// arithmetic, written to be obviously right and sharing no code with the module.
+// arithmetic, written to be obviously right and sharing nothing with the module but the names of the element kinds.
 #pragma once
 
 #include <functional>

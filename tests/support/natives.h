@@ -33,7 +33,8 @@ Outcome callNative(const Native& native, const Values& arguments, Fault* fault =
 
 // One call against the model: how results, exceptions and arguments differ, to the bit; empty when they do not. When a
 // fault happened, the host may have declined any of the first requests for something that it may decline, and
-// std::bad_alloc is fine too if the arguments kept their values. What the native returned is kept.
+// std::bad_alloc is fine too if the arguments kept their values or are there to be written. What the native returned
+// is kept.
 std::string checkCall(const Native& native, const Values& arguments, Fault* fault = nullptr,
                       Outcome* outcome = nullptr);
 // The same while nobody but the native keeps its arguments alive: its caller may have them in registers only.

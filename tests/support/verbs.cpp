@@ -130,10 +130,3 @@ std::string leftovers() {
   const auto pending = host::takeException();
   return (slots == 0 ? "" : std::to_string(slots) + " root slots; ") + (pending ? "pending " + pending->message : "");
 }
-
-void expectPendingException(const std::string& typeName, const std::string& message) {
-  const auto raised = host::takeException();
-  ASSERT_TRUE(raised) << "nothing was raised";
-  EXPECT_EQ(raised->typeName, typeName);
-  EXPECT_EQ(raised->message, message);
-}

@@ -48,14 +48,3 @@ void expectSameDoubles(const std::vector<double>& actual, const std::vector<doub
 
 // Root slots and a pending exception that were left behind; empty when nothing was.
 std::string leftovers();
-void expectPendingException(const std::string& typeName, const std::string& message);
-
-// The call raises exactly this exception and leaves slots and locks as they were.
-template <class Call>
-void expectRaised(const std::string& typeName, const std::string& message, Call&& call) {
-  SCOPED_TRACE(message);
-  const host::NativeCallCheck check;
-  call();
-  EXPECT_EQ(check.problem().value_or(""), "");
-  expectPendingException(typeName, message);
-}
