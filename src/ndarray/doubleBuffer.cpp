@@ -40,8 +40,10 @@ double* placeValues(NdArrayDoubleStorage& storage, unsigned long count) {
     storage.heapAllocated = 0;
     markNotReady(storage);
   }
-  if (storage.count != count) markNotReady(storage);
-  storage.count = count;
+  if (storage.count != count) {  // a ready buffer that stays as it is may be read by other threads: nothing is written
+    markNotReady(storage);
+    storage.count = count;
+  }
   return count > kInlineCapacity ? storage.heapValues : storage.inlineValues;
 }
 

@@ -89,14 +89,17 @@ TEST(Threads, meetAtTheFirstUse) {
   const host::Module fresh = freshModule();
   const Native fill = nativeOf("initNdArrayFilled", fresh);
   const Native sum = nativeOf("sumNdArray", fresh);
-  for (const char* extents : {"300,7", "7", "301"}) {
-    void* list = makeObject(std::string("list UInt packed ") + extents);
+  const Native element = nativeOf("getNdArrayFlat", fresh);
+  for (unsigned long round = 0; round < 60; ++round) {
+    void* list = makeObject("list UInt packed " + std::string(round % 2 == 0 ? "fresh,7" : "fresh"));
+    void* unknown = makeObject("Double buffer 1..8");  // all find out at once what it holds
     std::atomic<unsigned long> ready{0};
     std::vector<void*> shapes(kThreads);
     onThreads([&](unsigned long i) {
       void* array = makeObject("Double none size=0");
       void* ones = makeObject("Double buffer 1..8");
       for (++ready; ready < kThreads;) std::this_thread::yield();
+      element.operation->call(element.entry, {{.object = unknown}, {.integer = 1}});
       called(fill, {{.object = array}, {.object = list}, {.object = nullptr}});
       EXPECT_EQ(called(sum, {{.object = ones}})[0], 36.0);
       shapes[i] = Vesk_getField_ptr(array, "_shape");
