@@ -87,8 +87,7 @@ TEST(Threads, shareListsAndReadyBuffers) {
 
 TEST(Threads, meetAtTheFirstUse) {
   const host::Module fresh = freshModule();
-  const Native fill = nativeOf("initNdArrayFilled", fresh);
-  const Native sum = nativeOf("sumNdArray", fresh);
+  const Native fill = nativeOf("initNdArrayFilled", fresh), sum = nativeOf("sumNdArray", fresh);
   const Native element = nativeOf("getNdArrayFlat", fresh);
   for (unsigned long round = 0; round < 60; ++round) {
     void* list = makeObject("list UInt packed " + std::string(round % 2 == 0 ? "fresh,7" : "fresh"));
