@@ -49,5 +49,5 @@ NdArrayDoubleResultTypeName::NdArrayDoubleResultTypeName(void* operand) : text_(
   if (name != nullptr && gMemo.result[0] != '\0' && std::strcmp(name, gMemo.name) == 0) return;
   computed_ = ndArrayResultTypeName(operand, "Double");
   text_ = computed_.c_str();
-  remember(name, computed_);  // a null name has thrown above
+  if (name != nullptr) remember(name, computed_);  // never null here, where the name has been taken apart already
 }
